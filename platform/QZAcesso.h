@@ -1,0 +1,74 @@
+// Data-access contracts. Every operation returns a `long` result code: 0 is
+// success; anything else is a failure, and the service keeps it in its own
+// error record (GetErro) until its next operation. A failed read leaves the
+// caller's record unspecified; a failed search leaves the list empty.
+// The operations are listed once, in the .def files beside this header.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/QZRegistro.h"
+#include "platform/records/Registros.h"
+
+#define QZ_AUSENTE_ERRO false
+#define QZ_AUSENTE_VAZIO true
+
+class CQZAcessoManutencao {
+public:
+    virtual ~CQZAcessoManutencao() = default;
+    virtual const CQZDadosGT_Erro& GetErro() const = 0;
+
+#define QZ_OP_LE(Nome, Registro, Chave, Flags, SeAusente) \
+    virtual long Le##Nome(Chave chave, Registro* pDados, Flags flags = 0) = 0;
+#define QZ_OP_LE_UNICO(Nome, Registro, Flags) virtual long Le##Nome(Registro* pDados, Flags flags = 0) = 0;
+#define QZ_OP_BUSCA(Nome, Filtro, Lista) virtual long BuscaPonteiros##Nome(const Filtro& filtro, Lista& lista) = 0;
+#define QZ_OP_CLASSIFICACAO(Nome, Filtro) \
+    virtual long BuscaClassificacao##Nome(const Filtro& filtro, CQZListaClassificacao* pLista) = 0;
+#include "platform/acesso/QZMacrosOperacoes.h"
+#include "platform/acesso/Manutencao.def"
+#include "platform/acesso/QZFimMacrosOperacoes.h"
+};
+
+class CQZAcessoManutencaoBuffer : public CQZAcessoManutencao {
+public:
+#define QZ_OP_LE_BUFFER(Nome, Registro, Chave, SeAusente) \
+    virtual long LeBuffer##Nome(Chave chave, Registro* pDados, uint64_t flags = 0) = 0;
+#define QZ_OP_LE_BUFFER_UNICO(Nome, Registro) virtual long LeBuffer##Nome(Registro* pDados, uint64_t flags = 0) = 0;
+#include "platform/acesso/QZMacrosOperacoes.h"
+#include "platform/acesso/ManutencaoBuffer.def"
+#include "platform/acesso/QZFimMacrosOperacoes.h"
+};
+
+class CQZAcessoGestavo {
+public:
+    virtual ~CQZAcessoGestavo() = default;
+    virtual const CQZDadosGT_Erro& GetErro() const = 0;
+
+#define QZ_OP_LE(Nome, Registro, Chave, Flags, SeAusente) \
+    virtual long Le##Nome(Chave chave, Registro* pDados, Flags flags = 0) = 0;
+#define QZ_OP_LE_UNICO(Nome, Registro, Flags) virtual long Le##Nome(Registro* pDados, Flags flags = 0) = 0;
+#define QZ_OP_BUSCA(Nome, Filtro, Lista) virtual long BuscaPonteiros##Nome(const Filtro& filtro, Lista& lista) = 0;
+#define QZ_OP_CLASSIFICACAO(Nome, Filtro) \
+    virtual long BuscaClassificacao##Nome(const Filtro& filtro, CQZListaClassificacao* pLista) = 0;
+#include "platform/acesso/QZMacrosOperacoes.h"
+#include "platform/acesso/Gestavo.def"
+#include "platform/acesso/QZFimMacrosOperacoes.h"
+};
+
+class CQZAcessoGestavoBuffer : public CQZAcessoGestavo {
+public:
+#define QZ_OP_LE_BUFFER(Nome, Registro, Chave, SeAusente) \
+    virtual long LeBuffer##Nome(Chave chave, Registro* pDados, uint64_t flags = 0) = 0;
+#define QZ_OP_LE_BUFFER_UNICO(Nome, Registro) virtual long LeBuffer##Nome(Registro* pDados, uint64_t flags = 0) = 0;
+#include "platform/acesso/QZMacrosOperacoes.h"
+#include "platform/acesso/GestavoBuffer.def"
+#include "platform/acesso/QZFimMacrosOperacoes.h"
+};
+
+// The server directory: where each company's data lives.
+class CQZAcessoServidores {
+public:
+    virtual ~CQZAcessoServidores() = default;
+    // Data directory of a module for a company, ending without a separator.
+    virtual CString GetDiretorioDados(const CString& empresa, QZModulo modulo) const = 0;
+};

@@ -1,0 +1,299 @@
+// Records and filters declared once.
+//
+// A record is declared by one list of its fields:
+//
+//   #define CAMPOS_PX_PRIORIDADE(CAMPO, LISTA)
+//       CAMPO(CString, Codigo, QZ_IDX)
+//       CAMPO(CString, Descricao, 0)
+//       CAMPO(uint8_t, PrioridadeBase, 0)
+//       CAMPO(REG_QZDMAHMSUTC, DmaHmsAtualizacao, QZ_CARIMBO)
+//   (each line continued with a backslash)
+//   class CQZDadosPX_Prioridade : public TQZBaseParaDados {
+//       QZ_REGISTRO(CQZDadosPX_Prioridade, CAMPOS_PX_PRIORIDADE)
+//   };
+//
+// From the list come GetX/SetX, copy (OnCopiar), equality (OnIgual) and a
+// field visitor (VisitaCampos) that the store's SQL mapping and the JSON
+// interface walk. LISTA(Elemento, Nome) declares a list member with
+// GetQuantidadeNome, GetConstRefNome(i), GetRefNome(i), SetNome(i, e),
+// AdicionaNome(e), RemoveNome(i) and RemoveTodosNome; the element is itself a
+// declared record. Field options: QZ_IDX (searched: the store indexes it),
+// QZ_CARIMBO (last-update stamp, set by the store on save), QZ_CHAVE (the
+// record's key, for records not keyed by position).
+//
+// A record keyed otherwise than by its position says so with
+//   static constexpr QZTipoChave kTipoChave = QZ_CHAVE_DMC;   // or QZ_CHAVE_UNICA
+//
+// A filter is declared the same way with QZ_FILTRO and CRITERIO(T, Nome)
+// entries (each a SetNome setter kept as an optional value); it translates
+// the criteria that are set into store-neutral conditions in MontaCondicoes.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <variant>
+#include <vector>
+
+#include "platform/CString.h"
+#include "platform/QZBaseParaDados.h"
+#include "platform/QZContainers.h"
+#include "platform/QZDatas.h"
+#include "platform/QZMoeda.h"
+
+enum QZOpcaoCampo : unsigned {
+    QZ_IDX = 1u,
+    QZ_CARIMBO = 2u,
+    QZ_CHAVE = 4u,
+};
+
+enum QZTipoChave { QZ_CHAVE_POSICAO, QZ_CHAVE_DMC, QZ_CHAVE_UNICA };
+
+template <class T>
+constexpr QZTipoChave QZTipoChaveDe() {
+    if constexpr (requires { T::kTipoChave; })
+        return T::kTipoChave;
+    else
+        return QZ_CHAVE_POSICAO;
+}
+
+// A stored value: every field type maps onto one or more integers or texts.
+// The third form is text already in the store's encoding (search bounds).
+using CQZValor = std::variant<int64_t, CString, std::string>;
+
+// How each field type is stored: its columns and their values.
+template <class T, class = void>
+struct QZCodec;
+
+template <class T>
+struct QZCodec<T, std::enable_if_t<std::is_integral_v<T>>> {
+    static constexpr int N = 1;
+    static constexpr std::array<const char*, 1> kSufixos{""};
+    static void Para(const T& v, CQZValor* o) { o[0] = static_cast<int64_t>(v); }
+    static void De(T& v, const CQZValor* i) { v = static_cast<T>(std::get<int64_t>(i[0])); }
+};
+template <>
+struct QZCodec<CString> {
+    static constexpr int N = 1;
+    static constexpr std::array<const char*, 1> kSufixos{""};
+    static void Para(const CString& v, CQZValor* o) { o[0] = v; }
+    static void De(CString& v, const CQZValor* i) { v = std::get<CString>(i[0]); }
+};
+template <>
+struct QZCodec<CQZMoeda> {
+    static constexpr int N = 1;
+    static constexpr std::array<const char*, 1> kSufixos{""};
+    static void Para(const CQZMoeda& v, CQZValor* o) { o[0] = v.GetBruto(); }
+    static void De(CQZMoeda& v, const CQZValor* i) { v = CQZMoeda::DeBruto(std::get<int64_t>(i[0])); }
+};
+template <>
+struct QZCodec<REG_QZDMA> {
+    static constexpr int N = 1;
+    static constexpr std::array<const char*, 1> kSufixos{""};
+    static void Para(const REG_QZDMA& v, CQZValor* o) { o[0] = static_cast<int64_t>(v.ulValor); }
+    static void De(REG_QZDMA& v, const CQZValor* i) { v.ulValor = static_cast<uint32_t>(std::get<int64_t>(i[0])); }
+};
+template <>
+struct QZCodec<REG_QZMA> {
+    static constexpr int N = 1;
+    static constexpr std::array<const char*, 1> kSufixos{""};
+    static void Para(const REG_QZMA& v, CQZValor* o) { o[0] = static_cast<int64_t>(v.GetValor()); }
+    static void De(REG_QZMA& v, const CQZValor* i) { v = REG_QZMA::DeValor(static_cast<uint32_t>(std::get<int64_t>(i[0]))); }
+};
+template <>
+struct QZCodec<REG_QZDMAHMSUTC> {
+    static constexpr int N = 1;
+    static constexpr std::array<const char*, 1> kSufixos{""};
+    static void Para(const REG_QZDMAHMSUTC& v, CQZValor* o) { o[0] = static_cast<int64_t>(v.ullValor); }
+    static void De(REG_QZDMAHMSUTC& v, const CQZValor* i) { v.ullValor = static_cast<uint64_t>(std::get<int64_t>(i[0])); }
+};
+template <>
+struct QZCodec<REG_QZDMC> {
+    static constexpr int N = 1;
+    static constexpr std::array<const char*, 1> kSufixos{""};
+    static void Para(const REG_QZDMC& v, CQZValor* o) { o[0] = static_cast<int64_t>(v.GetValor()); }
+    static void De(REG_QZDMC& v, const CQZValor* i) { v = REG_QZDMC::DeValor(static_cast<uint64_t>(std::get<int64_t>(i[0]))); }
+};
+template <>
+struct QZCodec<_REG_POSICAO_PRODUTOPS> {
+    static constexpr int N = 4;
+    static constexpr std::array<const char*, 4> kSufixos{"_Produto", "_Grade1", "_Grade2", "_Grade3"};
+    static void Para(const _REG_POSICAO_PRODUTOPS& v, CQZValor* o) {
+        o[0] = static_cast<int64_t>(v.lPonteiroProduto);
+        o[1] = static_cast<int64_t>(v.usPonteiroGrade1);
+        o[2] = static_cast<int64_t>(v.usPonteiroGrade2);
+        o[3] = static_cast<int64_t>(v.usPonteiroGrade3);
+    }
+    static void De(_REG_POSICAO_PRODUTOPS& v, const CQZValor* i) {
+        v.lPonteiroProduto = static_cast<uint32_t>(std::get<int64_t>(i[0]));
+        v.usPonteiroGrade1 = static_cast<uint16_t>(std::get<int64_t>(i[1]));
+        v.usPonteiroGrade2 = static_cast<uint16_t>(std::get<int64_t>(i[2]));
+        v.usPonteiroGrade3 = static_cast<uint16_t>(std::get<int64_t>(i[3]));
+    }
+};
+
+template <class T>
+CQZValor QZValorDe(const T& v) {
+    static_assert(QZCodec<T>::N == 1, "conditions compare single-column values");
+    CQZValor o[1];
+    QZCodec<T>::Para(v, o);
+    return o[0];
+}
+
+// One criterion of a search, in store-neutral terms.
+struct CQZCondicao {
+    enum Op {
+        IGUAL,         // campo = valor
+        PREFIXO,       // text campo starts with valor
+        LISTA_CONTEM,  // some element of list `lista` has campo = valor
+        SUBARVORE,     // the record at valor and its descendants through parent field `campo`
+    };
+    Op op;
+    std::string campo;
+    CQZValor valor;
+    std::string lista;
+};
+
+class CQZCondicoes {
+public:
+    template <class T>
+    CQZCondicoes& Igual(const char* campo, const T& valor) {
+        m_v.push_back({CQZCondicao::IGUAL, campo, QZValorDe(valor), {}});
+        return *this;
+    }
+    template <class T>
+    CQZCondicoes& Igual(const char* campo, const std::optional<T>& valor) {
+        if (valor) Igual(campo, *valor);
+        return *this;
+    }
+    // Exact code, or a prefix when partial matching is on.
+    CQZCondicoes& Codigo(const char* campo, const std::optional<CString>& valor, bool parcial) {
+        if (valor) m_v.push_back({parcial ? CQZCondicao::PREFIXO : CQZCondicao::IGUAL, campo, *valor, {}});
+        return *this;
+    }
+    template <class T>
+    CQZCondicoes& ListaContem(const char* lista, const char* campo, const T& valor) {
+        m_v.push_back({CQZCondicao::LISTA_CONTEM, campo, QZValorDe(valor), lista});
+        return *this;
+    }
+    CQZCondicoes& Subarvore(const char* campoPai, uint32_t raiz) {
+        m_v.push_back({CQZCondicao::SUBARVORE, campoPai, static_cast<int64_t>(raiz), {}});
+        return *this;
+    }
+    const std::vector<CQZCondicao>& Lista() const { return m_v; }
+
+private:
+    std::vector<CQZCondicao> m_v;
+};
+
+// An entry of a classification (tree) view.
+class CQZDadosGT_Classificacao {
+public:
+    CQZDadosGT_Classificacao() = default;
+    explicit CQZDadosGT_Classificacao(uint32_t ponteiro) : m_ulPonteiro(ponteiro) {}
+    uint32_t GetPonteiro() const { return m_ulPonteiro; }
+    void SetPonteiro(uint32_t p) { m_ulPonteiro = p; }
+    friend bool operator==(const CQZDadosGT_Classificacao&, const CQZDadosGT_Classificacao&) = default;
+
+private:
+    uint32_t m_ulPonteiro = 0;
+};
+using CQZListaClassificacao = CQZVector<CQZDadosGT_Classificacao>;
+
+// Base of search filters.
+class TQZBaseFiltro {
+public:
+    virtual ~TQZBaseFiltro() = default;
+    // classificacao: the conditions of a classification (tree) search, whose
+    // root criterion names the subtree instead of the parent of the matches.
+    virtual void MontaCondicoes(CQZCondicoes& c, bool classificacao) const = 0;
+};
+
+// ---- generation -------------------------------------------------------------
+
+#define QZ_CAMPO_MEMBRO_(T, Nome, Opcoes)                          \
+private:                                                           \
+    T m_##Nome{};                                                  \
+                                                                   \
+public:                                                            \
+    const T& Get##Nome() const { return m_##Nome; }                \
+    auto& Set##Nome(const T& valor) {                              \
+        m_##Nome = valor;                                          \
+        return *this;                                              \
+    }
+
+#define QZ_LISTA_MEMBRO_(E, Nome)                                                                    \
+private:                                                                                             \
+    std::vector<E> m_lista##Nome;                                                                    \
+                                                                                                     \
+public:                                                                                              \
+    int64_t GetQuantidade##Nome() const { return static_cast<int64_t>(m_lista##Nome.size()); }       \
+    const E& GetConstRef##Nome(int64_t i) const { return m_lista##Nome.at(static_cast<size_t>(i)); } \
+    E& GetRef##Nome(int64_t i) { return m_lista##Nome.at(static_cast<size_t>(i)); }                  \
+    auto& Set##Nome(int64_t i, const E& e) {                                                         \
+        m_lista##Nome.at(static_cast<size_t>(i)) = e;                                                \
+        return *this;                                                                                \
+    }                                                                                                \
+    auto& Adiciona##Nome(const E& e) {                                                               \
+        m_lista##Nome.push_back(e);                                                                  \
+        return *this;                                                                                \
+    }                                                                                                \
+    void Remove##Nome(int64_t i) { m_lista##Nome.erase(m_lista##Nome.begin() + i); }                 \
+    void RemoveTodos##Nome() { m_lista##Nome.clear(); }                                              \
+    const std::vector<E>& GetLista##Nome() const { return m_lista##Nome; }
+
+#define QZ_CAMPO_VISITA_(T, Nome, Opcoes) v.Campo(#Nome, m_##Nome, static_cast<unsigned>(Opcoes));
+#define QZ_LISTA_VISITA_(E, Nome) v.Lista(#Nome, m_lista##Nome);
+
+#define QZ_REGISTRO(Classe, CAMPOS)                                                          \
+    CAMPOS(QZ_CAMPO_MEMBRO_, QZ_LISTA_MEMBRO_)                                               \
+public:                                                                                      \
+    static constexpr const char* kNomeTipo = #Classe;                                        \
+    const char* GetNomeTipo() const override { return kNomeTipo; }                           \
+    template <class V>                                                                       \
+    void VisitaCampos(V& v) {                                                                \
+        CAMPOS(QZ_CAMPO_VISITA_, QZ_LISTA_VISITA_)                                           \
+    }                                                                                        \
+    template <class V>                                                                       \
+    void VisitaCampos(V& v) const {                                                          \
+        CAMPOS(QZ_CAMPO_VISITA_, QZ_LISTA_VISITA_)                                           \
+    }                                                                                        \
+    void OnCopiar(const TQZBaseParaDados& outro) override {                                  \
+        if (auto p = dynamic_cast<const Classe*>(&outro)) *this = *p;                        \
+    }                                                                                        \
+    bool OnIgual(const TQZBaseParaDados& outro) const override {                             \
+        auto p = dynamic_cast<const Classe*>(&outro);                                        \
+        return p && *this == *p;                                                             \
+    }                                                                                        \
+    friend bool operator==(const Classe&, const Classe&) = default;
+
+#define QZ_CRITERIO_MEMBRO_(T, Nome)                                  \
+private:                                                              \
+    std::optional<T> m_crit##Nome;                                    \
+                                                                      \
+public:                                                               \
+    auto& Set##Nome(const T& valor) {                                 \
+        m_crit##Nome = valor;                                         \
+        return *this;                                                 \
+    }                                                                 \
+    const std::optional<T>& GetCriterio##Nome() const { return m_crit##Nome; }
+
+#define QZ_CRITERIO_VISITA_(T, Nome) v.Criterio(#Nome, m_crit##Nome);
+
+// Filters: each criterion is optional; MontaCondicoes (written by the
+// filter) says what the criteria that are set mean.
+#define QZ_FILTRO(Classe, Registro, CRITERIOS)                \
+    CRITERIOS(QZ_CRITERIO_MEMBRO_)                            \
+public:                                                       \
+    using TipoRegistro = Registro;                            \
+    static constexpr const char* kNomeTipo = #Classe;         \
+    template <class V>                                        \
+    void VisitaCriterios(V& v) {                              \
+        CRITERIOS(QZ_CRITERIO_VISITA_)                        \
+    }                                                         \
+    template <class V>                                        \
+    void VisitaCriterios(V& v) const {                        \
+        CRITERIOS(QZ_CRITERIO_VISITA_)                        \
+    }

@@ -1,0 +1,4 @@
+// Every record and filter of the data layer.
+#pragma once
+
+#include "platform/records/PXPrioridade.h"

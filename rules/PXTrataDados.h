@@ -1,0 +1,53 @@
+// Base of every record handler: the save/delete protocol, the default
+// refusals, the stale-record check and the verifications several handlers
+// share. A handler is its own error record.
+#pragma once
+
+#include "platform/QZBaseParaDados.h"
+#include "rules/PXBaseParaRotinas.h"
+
+class CPXTrataDados : public CPXBaseParaRotinas {
+public:
+    explicit CPXTrataDados(bool bInterfaceUsuario = false) : m_bInterfaceUsuario(bInterfaceUsuario) {}
+    CPXTrataDados(const CPXTrataDados&) = default;
+    CPXTrataDados& operator=(const CPXTrataDados&) = default;
+    ~CPXTrataDados() override;
+
+    // 1 when the record may be saved (deleted), 0 when not, with the reason
+    // in this object's error record.
+    virtual int TrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia);
+    virtual int TrataExclusao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia);
+
+protected:
+    long OnInicializa() override;
+    long OnFinaliza() override;
+
+    virtual CQZDadosGT_Erro& OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia);
+    virtual CQZDadosGT_Erro& OnTrataExclusao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia);
+
+    bool InterfaceUsuarioEstaHabilitada() const { return m_bInterfaceUsuario; }
+
+    // Message 3 on the given field when the two stamps differ in their date
+    // and time (the low 38 bits).
+    CQZDadosGT_Erro& ValidaRegistroAtualizado(const REG_QZDMAHMSUTC& dmaHmsRegistro,
+                                              const REG_QZDMAHMSUTC& dmaHmsGravado, const long& lCodigoCampo);
+
+    // Passes a data service's failure on: its own error, with this module's
+    // field code when one is given.
+    CQZDadosGT_Erro& PassaErroServico(const CQZDadosGT_Erro& erroServico);
+    CQZDadosGT_Erro& PassaErroServico(const CQZDadosGT_Erro& erroServico, long lCodigoCampo);
+
+private:
+    bool m_bInterfaceUsuario = false;
+};
+
+// Stamps are equal when their date and time (low 38 bits) are; the upper bits
+// carry no part of the instant.
+inline bool PXCarimbosIguais(const REG_QZDMAHMSUTC& a, const REG_QZDMAHMSUTC& b) {
+    return a.GetDataHora() == b.GetDataHora();
+}
+
+// Runs a data-service call, keeping its code in `hr`; a non-zero code is
+// traced with the call's own text and the trace point's line id first.
+#define PX_CHAMA_RASTREADO(hr, linha, chamada) \
+    (((hr) = (chamada)) != 0 ? (QZ_RASTREIA((hr), #chamada, (linha), this), true) : false)

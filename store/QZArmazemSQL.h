@@ -1,0 +1,266 @@
+// The data services on SQL: one implementation of every access contract,
+// generated from the record declarations. SQLite in memory (":memory:") is
+// the store of the tests; a SQLite file is the embedded default.
+//
+// Shape of the database: a table per record type named after the class,
+// its key in column "chave" (the position, the packed movement key, or 1 for
+// one-record tables) and a column per scalar field (a composite value such as
+// a product key takes one column per part). Each list member is a child
+// table "<Classe>__<Lista>" (chave, pai -> owner's chave, ordem, fields),
+// deleted with its owner. Searched fields are indexed. Text is stored as
+// UTF-8 and handed to the rules as Windows-1252.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <memory>
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/QZAcesso.h"
+#include "platform/QZCodigosResultado.h"
+#include "platform/QZRelogio.h"
+
+// Sees every operation of a store before it runs; a non-zero code fails the
+// operation with that code and whatever the hook left in the error record.
+class IQZGanchoAcesso {
+public:
+    virtual ~IQZGanchoAcesso() = default;
+    virtual long AntesDaOperacao(const char* operacao, CQZDadosGT_Erro& erro) = 0;
+};
+
+namespace qzsql {
+
+struct Coluna {
+    std::string nome;
+    bool texto = false;
+    bool indexada = false;
+    bool carimbo = false;
+};
+
+// Table layout of one record type (or of one list of it).
+struct Tabela {
+    std::string nome;
+    std::vector<Coluna> colunas;
+    int carimbo = -1;             // index of the stamp column, -1 when none
+    std::vector<Tabela> filhas;   // list members, in declaration order
+    std::string sqlSeleciona;     // by chave
+    std::string sqlInsere;        // chave first
+    std::string sqlAtualiza;      // values, then chave
+    std::string sqlFilhas;        // rows of a child table by pai, in order
+    std::string sqlInsereFilha;   // pai, ordem, values
+    int IndiceColuna(const std::string& campo) const;
+};
+
+// Internal failure, turned into the store's error record at the dispatch point.
+struct Falha {
+    long hr;
+    long mensagem;
+    std::string texto;
+};
+
+void CompletaSql(Tabela& t);
+
+// ---- visitors over declared records ----------------------------------------
+
+template <class R>
+void ColetaEsquema(Tabela& t);
+
+struct VisitanteEsquema {
+    Tabela& t;
+    template <class T>
+    void Campo(const char* nome, const T&, unsigned opcoes) {
+        if (opcoes & QZ_CHAVE) return;
+        for (int i = 0; i < QZCodec<T>::N; ++i) {
+            if (opcoes & QZ_CARIMBO) t.carimbo = static_cast<int>(t.colunas.size());
+            t.colunas.push_back({std::string(nome) + QZCodec<T>::kSufixos[static_cast<size_t>(i)],
+                                 std::is_same_v<T, CString>, (opcoes & QZ_IDX) != 0, (opcoes & QZ_CARIMBO) != 0});
+        }
+    }
+    template <class E>
+    void Lista(const char* nome, const std::vector<E>&) {
+        Tabela filha;
+        filha.nome = t.nome + "__" + nome;
+        ColetaEsquema<E>(filha);
+        t.filhas.push_back(std::move(filha));
+    }
+};
+
+template <class R>
+void ColetaEsquema(Tabela& t) {
+    R modelo;
+    VisitanteEsquema v{t};
+    modelo.VisitaCampos(v);
+    CompletaSql(t);
+}
+
+template <class R>
+const Tabela& EsquemaDe() {
+    static const Tabela tabela = [] {
+        Tabela t;
+        t.nome = R::kNomeTipo;
+        ColetaEsquema<R>(t);
+        return t;
+    }();
+    return tabela;
+}
+
+struct VisitanteExtrai {
+    std::vector<CQZValor>& valores;
+    template <class T>
+    void Campo(const char*, const T& v, unsigned opcoes) {
+        if (opcoes & QZ_CHAVE) return;
+        CQZValor partes[QZCodec<T>::N];
+        QZCodec<T>::Para(v, partes);
+        for (auto& p : partes) valores.push_back(std::move(p));
+    }
+    template <class E>
+    void Lista(const char*, const std::vector<E>&) {}
+};
+
+struct VisitantePreenche {
+    const std::vector<CQZValor>& valores;
+    size_t i = 0;
+    template <class T>
+    void Campo(const char*, T& v, unsigned opcoes) {
+        if (opcoes & QZ_CHAVE) return;
+        QZCodec<T>::De(v, &valores[i]);
+        i += QZCodec<T>::N;
+    }
+    template <class E>
+    void Lista(const char*, std::vector<E>&) {}
+};
+
+// The movement key field of a record keyed by REG_QZDMC.
+struct VisitanteChaveDmc {
+    REG_QZDMC* pChave = nullptr;
+    template <class T>
+    void Campo(const char*, T& v, unsigned opcoes) {
+        if constexpr (std::is_same_v<T, REG_QZDMC>)
+            if (opcoes & QZ_CHAVE) pChave = &v;
+    }
+    template <class E>
+    void Lista(const char*, std::vector<E>&) {}
+};
+
+}  // namespace qzsql
+
+class CQZArmazemSQL : public CQZAcessoManutencaoBuffer, public CQZAcessoGestavoBuffer {
+public:
+    // ":memory:" opens a private in-memory store; any other path a file,
+    // created when missing. Check EstaAberto / GetErro afterwards.
+    explicit CQZArmazemSQL(const std::string& caminho);
+    ~CQZArmazemSQL() override;
+    CQZArmazemSQL(const CQZArmazemSQL&) = delete;
+    CQZArmazemSQL& operator=(const CQZArmazemSQL&) = delete;
+
+    bool EstaAberto() const { return m_db != nullptr; }
+    const CQZDadosGT_Erro& GetErro() const override { return m_erro; }
+    void DefineGancho(IQZGanchoAcesso* gancho) { m_pGancho = gancho; }
+    void DefineRelogio(const IQZRelogio* relogio) { m_pRelogio = relogio ? relogio : &CQZRelogioSistema::Instancia(); }
+
+    // ---- contract operations (listed in platform/acesso/*.def) ----
+#define QZ_OP_LE(Nome, Registro, Chave, Flags, SeAusente) long Le##Nome(Chave chave, Registro* pDados, Flags flags = 0) override;
+#define QZ_OP_LE_UNICO(Nome, Registro, Flags) long Le##Nome(Registro* pDados, Flags flags = 0) override;
+#define QZ_OP_BUSCA(Nome, Filtro, Lista) long BuscaPonteiros##Nome(const Filtro& filtro, Lista& lista) override;
+#define QZ_OP_CLASSIFICACAO(Nome, Filtro) \
+    long BuscaClassificacao##Nome(const Filtro& filtro, CQZListaClassificacao* pLista) override;
+#define QZ_OP_LE_BUFFER(Nome, Registro, Chave, SeAusente) \
+    long LeBuffer##Nome(Chave chave, Registro* pDados, uint64_t flags = 0) override;
+#define QZ_OP_LE_BUFFER_UNICO(Nome, Registro) long LeBuffer##Nome(Registro* pDados, uint64_t flags = 0) override;
+#include "platform/acesso/QZMacrosOperacoes.h"
+#include "platform/acesso/Manutencao.def"
+#include "platform/acesso/ManutencaoBuffer.def"
+#include "platform/acesso/Gestavo.def"
+#include "platform/acesso/GestavoBuffer.def"
+#include "platform/acesso/QZFimMacrosOperacoes.h"
+
+    // ---- writes, for hosts and tests ----
+    // Insert: a record whose key is empty gets a new one (the next position,
+    // or the next number of its month); a record with a key is stored there.
+    // The stamp field is set to now. The record comes back with key and stamp.
+    template <class R>
+    long Insere(R& reg);
+    // Update of a stored record, accepted only while the stored stamp equals
+    // the record's (else QZ_E_REGISTRO_ALTERADO). The new stamp is now, or one
+    // second past the stored one when now is not later.
+    template <class R>
+    long Atualiza(R& reg);
+    // Insert when the key is empty (or a one-record table is still empty),
+    // update otherwise.
+    template <class R>
+    long Grava(R& reg);
+    template <class R>
+    long Remove(const R& reg);
+    // Read by key outside the contracts (hosts).
+    template <class R>
+    long LeRegistro(int64_t chave, R& reg);
+    template <class R>
+    long ListaChaves(std::vector<int64_t>& chaves);
+
+    // Runs fn inside one BEGIN IMMEDIATE transaction.
+    template <class F>
+    long EmTransacao(const char* operacao, F&& fn);
+
+private:
+    template <class F>
+    long Despacha(const char* operacao, F&& fn);
+
+    // SQL plumbing (QZArmazemSQL.cpp).
+    sqlite3_stmt* Prepara(const std::string& sql);
+    void Liga(sqlite3_stmt* st, int indice, const CQZValor& valor);
+    CQZValor ColunaValor(sqlite3_stmt* st, int indice, bool texto);
+    bool Passo(sqlite3_stmt* st);  // true on a row, false when done; throws on error
+    void Executa(const std::string& sql);
+    [[noreturn]] void FalhaSql(const char* contexto);
+    void CriaTabela(const qzsql::Tabela& t, const std::string& tabelaPai);
+    void Inicia();
+    void LimpaCache() { m_cache.clear(); }
+    void VerificaVersaoDados();
+    int64_t ProximaChave(const qzsql::Tabela& t);
+    int64_t ProximoNumeroMes(const qzsql::Tabela& t, const REG_QZMA& ma);
+    std::string MontaWhere(const qzsql::Tabela& t, const CQZCondicoes& c, std::vector<CQZValor>& valores,
+                           const CQZCondicao** pSubarvore);
+    std::vector<int64_t> ExecutaBusca(const qzsql::Tabela& t, const TQZBaseFiltro& filtro);
+    std::vector<int64_t> ExecutaClassificacao(const qzsql::Tabela& t, const TQZBaseFiltro& filtro);
+    REG_QZDMAHMSUTC NovoCarimbo(const REG_QZDMAHMSUTC* anterior) const;
+
+    template <class R>
+    void GarantaTabela();
+    template <class R>
+    bool LeLinha(const qzsql::Tabela& t, int64_t chave, R& reg);
+    template <class E>
+    void LeFilhas(const qzsql::Tabela& t, int64_t pai, std::vector<E>& lista);
+    template <class R>
+    void GravaFilhas(const qzsql::Tabela& t, int64_t chave, const R& reg);
+    template <class R>
+    static int64_t ChaveDe(const R& reg);
+    template <class R>
+    static void DefineChave(R& reg, int64_t chave);
+    template <class R, class K>
+    long LeGenerico(const K& chave, R* pDados, bool vazioSeAusente);
+    template <class R, class K>
+    long LeBufferGenerico(const K& chave, R* pDados, bool vazioSeAusente);
+    template <class K>
+    bool ChaveDireta(const K& chave, int64_t& valor) const;
+    template <class L>
+    static void AnexaChave(L& lista, int64_t chave);
+
+    struct VisitanteLeListas;
+    struct VisitanteGravaListas;
+
+    sqlite3* m_db = nullptr;
+    CQZDadosGT_Erro m_erro;
+    IQZGanchoAcesso* m_pGancho = nullptr;
+    const IQZRelogio* m_pRelogio = &CQZRelogioSistema::Instancia();
+    std::unordered_map<std::string, sqlite3_stmt*> m_stmts;
+    std::set<std::string> m_tabelasCriadas;
+    std::unordered_map<std::string, std::shared_ptr<TQZBaseParaDados>> m_cache;
+    int64_t m_versaoDados = -1;
+    int m_nivelTransacao = 0;
+};
+
+#include "store/QZArmazemSQL_impl.h"

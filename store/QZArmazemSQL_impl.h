@@ -1,0 +1,374 @@
+// Template half of CQZArmazemSQL; included by QZArmazemSQL.h only.
+#pragma once
+
+#include <new>
+
+// Walks the list members of a record, in declaration order, reading each
+// from its child table.
+struct CQZArmazemSQL::VisitanteLeListas {
+    CQZArmazemSQL& a;
+    const qzsql::Tabela& t;
+    int64_t chave;
+    size_t k = 0;
+    template <class T>
+    void Campo(const char*, T&, unsigned) {}
+    template <class E>
+    void Lista(const char*, std::vector<E>& l) { a.LeFilhas(t.filhas[k++], chave, l); }
+};
+
+// Writes the list members of a record into their child tables.
+struct CQZArmazemSQL::VisitanteGravaListas {
+    CQZArmazemSQL& a;
+    const qzsql::Tabela& t;
+    int64_t chave;
+    size_t k = 0;
+    template <class T>
+    void Campo(const char*, const T&, unsigned) {}
+    template <class E>
+    void Lista(const char*, const std::vector<E>& l) {
+        const qzsql::Tabela& filha = t.filhas[k++];
+        int64_t ordem = 0;
+        for (const E& e : l) {
+            std::vector<CQZValor> valores;
+            qzsql::VisitanteExtrai x{valores};
+            e.VisitaCampos(x);
+            sqlite3_stmt* st = a.Prepara(filha.sqlInsereFilha);
+            a.Liga(st, 1, chave);
+            a.Liga(st, 2, ordem++);
+            for (size_t i = 0; i < valores.size(); ++i) a.Liga(st, static_cast<int>(i) + 3, valores[i]);
+            a.Passo(st);
+            sqlite3_reset(st);
+            a.GravaFilhas(filha, sqlite3_last_insert_rowid(a.m_db), e);
+        }
+    }
+};
+
+template <class F>
+long CQZArmazemSQL::Despacha(const char* operacao, F&& fn) {
+    m_erro.LimpaErro();
+    if (m_pGancho) {
+        long hr = m_pGancho->AntesDaOperacao(operacao, m_erro);
+        if (hr != 0) return hr;
+    }
+    if (!m_db) {
+        m_erro.SetErro(QZ_E_BANCO, QZ_MODULO_CONEXAO, 1, "O banco de dados não está aberto (%s).", operacao);
+        return QZ_E_BANCO;
+    }
+    try {
+        return fn();
+    } catch (const qzsql::Falha& f) {
+        m_erro.SetErro(f.hr, QZ_MODULO_CONEXAO, f.mensagem, "%s", f.texto.c_str());
+        return f.hr;
+    } catch (const std::bad_alloc&) {
+        m_erro.SetErro(static_cast<long>(static_cast<int32_t>(0x8007000Eu)), QZ_MODULO_CONEXAO, 1,
+                       "Memória insuficiente em %s.", operacao);
+        return m_erro.GetUltimoHR();
+    }
+}
+
+template <class F>
+long CQZArmazemSQL::EmTransacao(const char* operacao, F&& fn) {
+    return Despacha(operacao, [&]() -> long {
+        if (m_nivelTransacao > 0) return fn();
+        Executa("BEGIN IMMEDIATE");
+        ++m_nivelTransacao;
+        try {
+            long hr = fn();
+            --m_nivelTransacao;
+            if (hr == 0)
+                Executa("COMMIT");
+            else
+                Executa("ROLLBACK");
+            LimpaCache();
+            return hr;
+        } catch (...) {
+            --m_nivelTransacao;
+            sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+            LimpaCache();
+            throw;
+        }
+    });
+}
+
+template <class R>
+void CQZArmazemSQL::GarantaTabela() {
+    const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
+    if (m_tabelasCriadas.insert(t.nome).second) CriaTabela(t, {});
+}
+
+template <class R>
+int64_t CQZArmazemSQL::ChaveDe(const R& reg) {
+    if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_UNICA) {
+        return 1;
+    } else if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_DMC) {
+        qzsql::VisitanteChaveDmc v;
+        const_cast<R&>(reg).VisitaCampos(v);
+        return v.pChave && v.pChave->EhValido() ? static_cast<int64_t>(v.pChave->GetValor()) : 0;
+    } else {
+        return reg.GetPosicao();
+    }
+}
+
+template <class R>
+void CQZArmazemSQL::DefineChave(R& reg, int64_t chave) {
+    if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_DMC) {
+        qzsql::VisitanteChaveDmc v;
+        reg.VisitaCampos(v);
+        if (v.pChave) *v.pChave = REG_QZDMC::DeValor(static_cast<uint64_t>(chave));
+    } else if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_POSICAO) {
+        reg.SetPosicao(static_cast<uint32_t>(chave));
+    }
+}
+
+template <class E>
+void CQZArmazemSQL::LeFilhas(const qzsql::Tabela& t, int64_t pai, std::vector<E>& lista) {
+    lista.clear();
+    sqlite3_stmt* st = Prepara(t.sqlFilhas);
+    Liga(st, 1, pai);
+    std::vector<std::pair<int64_t, std::vector<CQZValor>>> linhas;
+    while (Passo(st)) {
+        std::vector<CQZValor> valores;
+        valores.reserve(t.colunas.size());
+        for (size_t i = 0; i < t.colunas.size(); ++i)
+            valores.push_back(ColunaValor(st, static_cast<int>(i) + 1, t.colunas[i].texto));
+        linhas.emplace_back(sqlite3_column_int64(st, 0), std::move(valores));
+    }
+    sqlite3_reset(st);
+    for (auto& [chave, valores] : linhas) {
+        E e;
+        qzsql::VisitantePreenche p{valores};
+        e.VisitaCampos(p);
+        VisitanteLeListas vl{*this, t, chave};
+        e.VisitaCampos(vl);
+        lista.push_back(std::move(e));
+    }
+}
+
+template <class R>
+bool CQZArmazemSQL::LeLinha(const qzsql::Tabela& t, int64_t chave, R& reg) {
+    sqlite3_stmt* st = Prepara(t.sqlSeleciona);
+    Liga(st, 1, chave);
+    if (!Passo(st)) {
+        sqlite3_reset(st);
+        return false;
+    }
+    std::vector<CQZValor> valores;
+    valores.reserve(t.colunas.size());
+    for (size_t i = 0; i < t.colunas.size(); ++i)
+        valores.push_back(ColunaValor(st, static_cast<int>(i), t.colunas[i].texto));
+    sqlite3_reset(st);
+    R lido;
+    qzsql::VisitantePreenche p{valores};
+    lido.VisitaCampos(p);
+    DefineChave(lido, chave);
+    VisitanteLeListas vl{*this, t, chave};
+    lido.VisitaCampos(vl);
+    reg = std::move(lido);
+    return true;
+}
+
+template <class R>
+void CQZArmazemSQL::GravaFilhas(const qzsql::Tabela& t, int64_t chave, const R& reg) {
+    VisitanteGravaListas vl{*this, t, chave};
+    reg.VisitaCampos(vl);
+}
+
+template <class K>
+bool CQZArmazemSQL::ChaveDireta(const K& chave, int64_t& valor) const {
+    if constexpr (std::is_integral_v<K>) {
+        valor = static_cast<int64_t>(chave);
+        return true;
+    } else if constexpr (std::is_same_v<K, REG_QZDMC>) {
+        valor = static_cast<int64_t>(chave.GetValor());
+        return true;
+    } else if constexpr (std::is_same_v<K, _REG_POSICAO_PRODUTOPS>) {
+        // Products and services are stored by item; grid positions pick a
+        // variant of the same item.
+        valor = static_cast<int64_t>(chave.lPonteiroProduto);
+        return true;
+    } else {
+        static_assert(sizeof(K) == 0, "key type without a mapping to the store");
+        return false;
+    }
+}
+
+template <class R, class K>
+long CQZArmazemSQL::LeGenerico(const K& chave, R* pDados, bool vazioSeAusente) {
+    GarantaTabela<R>();
+    const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
+    int64_t valor = 0;
+    ChaveDireta(chave, valor);
+    R lido;
+    if (!LeLinha(t, valor, lido)) {
+        if (vazioSeAusente) {
+            *pDados = R();
+            return 0;
+        }
+        throw qzsql::Falha{QZ_E_REGISTRO_NAO_ENCONTRADO, 2,
+                           "Registro " + t.nome + " não encontrado na chave " + std::to_string(valor) + "."};
+    }
+    *pDados = std::move(lido);
+    return 0;
+}
+
+template <class R, class K>
+long CQZArmazemSQL::LeBufferGenerico(const K& chave, R* pDados, bool vazioSeAusente) {
+    VerificaVersaoDados();
+    int64_t valor = 0;
+    ChaveDireta(chave, valor);
+    std::string chaveCache = std::string(R::kNomeTipo) + "|" + std::to_string(valor);
+    if (auto it = m_cache.find(chaveCache); it != m_cache.end()) {
+        *pDados = static_cast<const R&>(*it->second);
+        return 0;
+    }
+    long hr = LeGenerico(chave, pDados, vazioSeAusente);
+    if (hr == 0) m_cache[chaveCache] = std::make_shared<R>(*pDados);
+    return hr;
+}
+
+template <class L>
+void CQZArmazemSQL::AnexaChave(L& lista, int64_t chave) {
+    using T = std::decay_t<decltype(lista[0])>;
+    if constexpr (std::is_same_v<T, REG_QZDMC>)
+        lista.Add(REG_QZDMC::DeValor(static_cast<uint64_t>(chave)));
+    else if constexpr (requires { lista.Add(T{}); })
+        lista.Add(static_cast<T>(chave));
+    else
+        lista.push_back(static_cast<T>(chave));
+}
+
+template <class R>
+long CQZArmazemSQL::Insere(R& reg) {
+    return EmTransacao("Insere", [&]() -> long {
+        GarantaTabela<R>();
+        const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
+        int64_t chave = ChaveDe(reg);
+        if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_DMC) {
+            qzsql::VisitanteChaveDmc v;
+            reg.VisitaCampos(v);
+            if (!v.pChave || !v.pChave->ma.EhValido())
+                throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Chave de movimento sem mês e ano em " + t.nome + "."};
+            if (v.pChave->ulNumero == 0) chave = ProximoNumeroMes(t, v.pChave->ma);
+        } else if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_POSICAO) {
+            if (chave == 0) chave = ProximaChave(t);
+        }
+        R novo(reg);
+        DefineChave(novo, chave);
+        std::vector<CQZValor> valores;
+        qzsql::VisitanteExtrai x{valores};
+        novo.VisitaCampos(x);
+        if (t.carimbo >= 0) valores[static_cast<size_t>(t.carimbo)] = static_cast<int64_t>(NovoCarimbo(nullptr).ullValor);
+        sqlite3_stmt* st = Prepara(t.sqlInsere);
+        Liga(st, 1, chave);
+        for (size_t i = 0; i < valores.size(); ++i) Liga(st, static_cast<int>(i) + 2, valores[i]);
+        Passo(st);
+        sqlite3_reset(st);
+        GravaFilhas(t, chave, novo);
+        qzsql::VisitantePreenche p{valores};
+        novo.VisitaCampos(p);
+        reg = std::move(novo);
+        return 0;
+    });
+}
+
+template <class R>
+long CQZArmazemSQL::Atualiza(R& reg) {
+    return EmTransacao("Atualiza", [&]() -> long {
+        GarantaTabela<R>();
+        const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
+        int64_t chave = ChaveDe(reg);
+        std::vector<CQZValor> valores;
+        qzsql::VisitanteExtrai x{valores};
+        reg.VisitaCampos(x);
+        std::string sql = t.sqlAtualiza;
+        std::vector<CQZValor> antigo;
+        if (t.carimbo >= 0) {
+            // The write carries the stamp the caller read: of two writers
+            // racing on one record exactly one changes the row.
+            R gravado;
+            if (!LeLinha(t, chave, gravado))
+                throw qzsql::Falha{QZ_E_REGISTRO_NAO_ENCONTRADO, 2,
+                                   "Registro " + t.nome + " não encontrado na chave " + std::to_string(chave) + "."};
+            std::vector<CQZValor> valoresGravados;
+            qzsql::VisitanteExtrai xg{valoresGravados};
+            gravado.VisitaCampos(xg);
+            const auto& cGravado = valoresGravados[static_cast<size_t>(t.carimbo)];
+            const auto& cRegistro = valores[static_cast<size_t>(t.carimbo)];
+            REG_QZDMAHMSUTC anterior(static_cast<uint64_t>(std::get<int64_t>(cGravado)));
+            if ((static_cast<uint64_t>(std::get<int64_t>(cGravado)) & REG_QZDMAHMSUTC::kMascaraDataHora) !=
+                (static_cast<uint64_t>(std::get<int64_t>(cRegistro)) & REG_QZDMAHMSUTC::kMascaraDataHora))
+                throw qzsql::Falha{QZ_E_REGISTRO_ALTERADO, 3,
+                                   "Registro " + t.nome + " alterado por outro usuário desde a leitura."};
+            valores[static_cast<size_t>(t.carimbo)] = static_cast<int64_t>(NovoCarimbo(&anterior).ullValor);
+            sql += " AND \"" + t.colunas[static_cast<size_t>(t.carimbo)].nome + "\" = ?";
+            antigo.push_back(cGravado);
+        }
+        sqlite3_stmt* st = Prepara(sql);
+        int i = 1;
+        for (const auto& v : valores) Liga(st, i++, v);
+        Liga(st, i++, chave);
+        for (const auto& v : antigo) Liga(st, i++, v);
+        Passo(st);
+        sqlite3_reset(st);
+        if (sqlite3_changes(m_db) != 1)
+            throw qzsql::Falha{t.carimbo >= 0 ? QZ_E_REGISTRO_ALTERADO : QZ_E_REGISTRO_NAO_ENCONTRADO, 3,
+                               "Registro " + t.nome + " não foi atualizado na chave " + std::to_string(chave) + "."};
+        for (const auto& filha : t.filhas) Executa("DELETE FROM \"" + filha.nome + "\" WHERE pai = " + std::to_string(chave));
+        GravaFilhas(t, chave, reg);
+        qzsql::VisitantePreenche p{valores};
+        reg.VisitaCampos(p);
+        return 0;
+    });
+}
+
+template <class R>
+long CQZArmazemSQL::Grava(R& reg) {
+    if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_UNICA) {
+        return EmTransacao("Grava", [&]() -> long {
+            GarantaTabela<R>();
+            R atual;
+            if (LeLinha(qzsql::EsquemaDe<R>(), 1, atual)) return Atualiza(reg);
+            return Insere(reg);
+        });
+    } else if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_DMC) {
+        qzsql::VisitanteChaveDmc v;
+        reg.VisitaCampos(v);
+        return (v.pChave && v.pChave->EhValido()) ? Atualiza(reg) : Insere(reg);
+    } else {
+        return reg.GetPosicao() == 0 ? Insere(reg) : Atualiza(reg);
+    }
+}
+
+template <class R>
+long CQZArmazemSQL::Remove(const R& reg) {
+    return EmTransacao("Remove", [&]() -> long {
+        GarantaTabela<R>();
+        const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
+        int64_t chave = ChaveDe(reg);
+        sqlite3_stmt* st = Prepara("DELETE FROM \"" + t.nome + "\" WHERE chave = ?");
+        Liga(st, 1, chave);
+        Passo(st);
+        sqlite3_reset(st);
+        if (sqlite3_changes(m_db) != 1)
+            throw qzsql::Falha{QZ_E_REGISTRO_NAO_ENCONTRADO, 2,
+                               "Registro " + t.nome + " não encontrado na chave " + std::to_string(chave) + "."};
+        return 0;
+    });
+}
+
+template <class R>
+long CQZArmazemSQL::LeRegistro(int64_t chave, R& reg) {
+    return Despacha("LeRegistro", [&] { return LeGenerico(chave, &reg, false); });
+}
+
+template <class R>
+long CQZArmazemSQL::ListaChaves(std::vector<int64_t>& chaves) {
+    return Despacha("ListaChaves", [&]() -> long {
+        GarantaTabela<R>();
+        chaves.clear();
+        sqlite3_stmt* st = Prepara("SELECT chave FROM \"" + std::string(R::kNomeTipo) + "\" ORDER BY chave");
+        while (Passo(st)) chaves.push_back(sqlite3_column_int64(st, 0));
+        sqlite3_reset(st);
+        return 0;
+    });
+}
