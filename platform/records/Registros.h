@@ -2,3 +2,4 @@
 #pragma once
 
 #include "platform/records/PXPrioridade.h"
+#include "platform/records/PXSituacao.h"
