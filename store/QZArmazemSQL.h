@@ -200,6 +200,11 @@ public:
     long LeRegistro(int64_t chave, R& reg);
     template <class R>
     long ListaChaves(std::vector<int64_t>& chaves);
+    // The searches behind BuscaPonteiros* and BuscaClassificacao*, for any filter.
+    template <class F>
+    long BuscaChaves(const F& filtro, std::vector<int64_t>& chaves);
+    template <class F>
+    long BuscaSubarvore(const F& filtro, std::vector<int64_t>& chaves);
 
     // Runs fn inside one BEGIN IMMEDIATE transaction.
     template <class F>

@@ -75,15 +75,18 @@ long CQZArmazemSQL::EmTransacao(const char* operacao, F&& fn) {
         try {
             long hr = fn();
             --m_nivelTransacao;
-            if (hr == 0)
+            if (hr == 0) {
                 Executa("COMMIT");
-            else
+            } else {
                 Executa("ROLLBACK");
+                m_tabelasCriadas.clear();  // a table made inside the transaction is gone
+            }
             LimpaCache();
             return hr;
         } catch (...) {
             --m_nivelTransacao;
             sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+            m_tabelasCriadas.clear();
             LimpaCache();
             throw;
         }
@@ -369,6 +372,26 @@ long CQZArmazemSQL::ListaChaves(std::vector<int64_t>& chaves) {
         sqlite3_stmt* st = Prepara("SELECT chave FROM \"" + std::string(R::kNomeTipo) + "\" ORDER BY chave");
         while (Passo(st)) chaves.push_back(sqlite3_column_int64(st, 0));
         sqlite3_reset(st);
+        return 0;
+    });
+}
+
+template <class F>
+long CQZArmazemSQL::BuscaChaves(const F& filtro, std::vector<int64_t>& chaves) {
+    chaves.clear();
+    return Despacha("BuscaChaves", [&]() -> long {
+        GarantaTabela<typename F::TipoRegistro>();
+        chaves = ExecutaBusca(qzsql::EsquemaDe<typename F::TipoRegistro>(), filtro);
+        return 0;
+    });
+}
+
+template <class F>
+long CQZArmazemSQL::BuscaSubarvore(const F& filtro, std::vector<int64_t>& chaves) {
+    chaves.clear();
+    return Despacha("BuscaSubarvore", [&]() -> long {
+        GarantaTabela<typename F::TipoRegistro>();
+        chaves = ExecutaClassificacao(qzsql::EsquemaDe<typename F::TipoRegistro>(), filtro);
         return 0;
     });
 }
