@@ -189,6 +189,10 @@ bool CQZArmazemSQL::ChaveDireta(const K& chave, int64_t& valor) const {
         // variant of the same item.
         valor = static_cast<int64_t>(chave.lPonteiroProduto);
         return true;
+    } else if constexpr (requires { chave.GetChaveArmazem(); }) {
+        // Composite keys (user and module, ...) pack into one integer key.
+        valor = static_cast<int64_t>(chave.GetChaveArmazem());
+        return true;
     } else {
         static_assert(sizeof(K) == 0, "key type without a mapping to the store");
         return false;
