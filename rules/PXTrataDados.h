@@ -18,6 +18,30 @@ public:
     virtual int TrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia);
     virtual int TrataExclusao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia);
 
+    // Verifications shared by several handlers. Each leaves its verdict in
+    // this object's error record and returns it. VerificaPeriodoIntegracao,
+    // VerificaProduto and VerificaServico do not clear the record first: when
+    // they pass, an earlier verdict stays. On a handler that is not
+    // initialised every one answers message 161 and reads nothing.
+
+    // Is the date open for accounting integration (at the branch, when one
+    // is given, and in the accounting period)?
+    CQZDadosGT_Erro& VerificaPeriodoIntegracao(const REG_QZDMAHMSUTC& dmaHms, uint16_t usPonteiroFilial,
+                                               long lCodigoCampo);
+    // Is the date valid and its month inside the movement period?
+    CQZDadosGT_Erro& VerificaPeriodoMovimentacao(const REG_QZDMA& dma, long lCodigoCampo);
+    // Does the key name a usable product (not a kit, grids it has)?
+    CQZDadosGT_Erro& VerificaProduto(_REG_POSICAO_PRODUTOPS regPosicaoProduto);
+    // Does the key name a service, without grid positions?
+    CQZDadosGT_Erro& VerificaServico(_REG_POSICAO_PRODUTOPS regPosicaoServico);
+    // Reads the maintenance situation into dadosSituacao; refuses a missing
+    // one when required and an inactive one unless allowed.
+    CQZDadosGT_Erro& VerificaSituacaoManutencao(uint32_t ulPonteiro, CQZDadosPX_Situacao& dadosSituacao,
+                                                long lCodigoCampo, bool bObrigatorio, bool bPermiteInativo);
+    // Reads the user into *pDadosUsuario (may be null); refuses a code no
+    // user has.
+    CQZDadosGT_Erro& VerificaUsuario(uint16_t usUsuario, CQZDadosGT_Usuario* pDadosUsuario);
+
 protected:
     long OnInicializa() override;
     long OnFinaliza() override;
@@ -38,6 +62,9 @@ protected:
     CQZDadosGT_Erro& PassaErroServico(const CQZDadosGT_Erro& erroServico, long lCodigoCampo);
 
 private:
+    // Message 161 when the handler has no data services to read through.
+    bool SemServicos();
+
     bool m_bInterfaceUsuario = false;
 };
 
