@@ -73,6 +73,14 @@ protected:
         ZeraChamadas();
     }
 
+    // Message `mensagem` on `campo`, or no error when it is 0.
+    void EsperaVeredito(long mensagem, long campo, const char* caso) {
+        if (mensagem)
+            EXPECT_THAT(h.GetErro(), TemMensagem(QZ_MODULO_PX, mensagem, campo)) << caso;
+        else
+            EXPECT_THAT(h.GetErro(), SemErro()) << caso;
+    }
+
     // A verdict left by an earlier check, to see whether a call clears it.
     void DeixaVeredito() { h.SetAviso(QZ_MODULO_PX, 999, 9); }
 
@@ -117,10 +125,7 @@ TEST_F(PXTrataDadosVerificacoesTest, IntegrationPeriodBoundaries) {
     for (const auto& c : casos) {
         h.LimpaErro();
         h.VerificaPeriodoIntegracao(c.data, c.comFilial ? ponteiroFilial : 0, 85);
-        if (c.mensagem)
-            EXPECT_THAT(h.GetErro(), TemMensagem(QZ_MODULO_PX, c.mensagem, 85)) << c.nome;
-        else
-            EXPECT_THAT(h.GetErro(), SemErro()) << c.nome;
+        EsperaVeredito(c.mensagem, 85, c.nome);
     }
 }
 
@@ -178,10 +183,7 @@ TEST_F(PXTrataDadosVerificacoesTest, MovementPeriodComparesWholeMonthsAndRefuses
     for (const auto& c : casos) {
         DeixaVeredito();
         h.VerificaPeriodoMovimentacao(c.data, 85);
-        if (c.mensagem)
-            EXPECT_THAT(h.GetErro(), TemMensagem(QZ_MODULO_PX, c.mensagem, 85)) << c.nome;
-        else
-            EXPECT_THAT(h.GetErro(), SemErro()) << c.nome;
+        EsperaVeredito(c.mensagem, 85, c.nome);
     }
 }
 
@@ -216,10 +218,7 @@ TEST_F(PXTrataDadosVerificacoesTest, ProductKeys) {
     for (const auto& c : casos) {
         h.LimpaErro();
         h.VerificaProduto(c.chave);
-        if (c.mensagem)
-            EXPECT_THAT(h.GetErro(), TemMensagem(QZ_MODULO_PX, c.mensagem, 0)) << c.nome;
-        else
-            EXPECT_THAT(h.GetErro(), SemErro()) << c.nome;
+        EsperaVeredito(c.mensagem, 0, c.nome);
     }
 }
 
@@ -254,10 +253,7 @@ TEST_F(PXTrataDadosVerificacoesTest, ServiceKeys) {
     for (const auto& c : casos) {
         h.LimpaErro();
         h.VerificaServico(c.chave);
-        if (c.mensagem)
-            EXPECT_THAT(h.GetErro(), TemMensagem(QZ_MODULO_PX, c.mensagem, 0)) << c.nome;
-        else
-            EXPECT_THAT(h.GetErro(), SemErro()) << c.nome;
+        EsperaVeredito(c.mensagem, 0, c.nome);
     }
     DeixaVeredito();
     h.VerificaServico(Chave(ponteiroServico));
