@@ -1,6 +1,9 @@
 #include "store/QZArmazemSQL.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <atomic>
 
 namespace qzsql {
 
@@ -46,17 +49,73 @@ std::string LimiteSuperiorPrefixo(std::string prefixo) {
 
 }  // namespace
 
-CQZArmazemSQL::CQZArmazemSQL(const std::string& caminho) {
-    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
+namespace {
+
+std::atomic<IQZAuditorPlanos*> g_auditor{nullptr};
+
+// Conversions that the record declarations cannot express (renamed fields,
+// moved data), in version order. Tables, columns and indexes that the
+// declarations add are reconciled after them at every open. Files made
+// before the layout was versioned are version 0.
+struct Migracao {
+    int versao;
+    const char* descricao;
+    void (*aplica)(sqlite3* db);
+};
+constexpr Migracao kMigracoes[] = {
+    {1, "primeiro esquema versionado: uma tabela por registro, listas em tabelas filhas", nullptr},
+};
+static_assert(kMigracoes[std::size(kMigracoes) - 1].versao == CQZArmazemSQL::kVersaoEsquema);
+
+std::string DefinicaoColuna(const qzsql::Coluna& c) {
+    return "\"" + c.nome + "\" " + (c.texto ? "TEXT NOT NULL DEFAULT ''" : "INTEGER NOT NULL DEFAULT 0");
+}
+
+bool ArquivoExiste(const std::string& caminho) {
+    struct stat st {};
+    return ::stat(caminho.c_str(), &st) == 0;
+}
+
+// Every record type of the access contracts: their tables exist from the open on.
+std::vector<const qzsql::Tabela*> TabelasDeclaradas() {
+    std::vector<const qzsql::Tabela*> tabelas;
+    auto anota = [&](const qzsql::Tabela& t) {
+        if (std::find(tabelas.begin(), tabelas.end(), &t) == tabelas.end()) tabelas.push_back(&t);
+    };
+#define QZ_OP_LE(Nome, Registro, Chave, Flags, SeAusente) anota(qzsql::EsquemaDe<Registro>());
+#define QZ_OP_LE_UNICO(Nome, Registro, Flags) anota(qzsql::EsquemaDe<Registro>());
+#define QZ_OP_BUSCA(Nome, Filtro, Lista) anota(qzsql::EsquemaDe<Filtro::TipoRegistro>());
+#define QZ_OP_CLASSIFICACAO(Nome, Filtro) anota(qzsql::EsquemaDe<Filtro::TipoRegistro>());
+#define QZ_OP_LE_BUFFER(Nome, Registro, Chave, SeAusente) anota(qzsql::EsquemaDe<Registro>());
+#define QZ_OP_LE_BUFFER_UNICO(Nome, Registro) anota(qzsql::EsquemaDe<Registro>());
+#include "platform/acesso/QZMacrosOperacoes.h"
+#include "platform/acesso/Manutencao.def"
+#include "platform/acesso/ManutencaoBuffer.def"
+#include "platform/acesso/Gestavo.def"
+#include "platform/acesso/GestavoBuffer.def"
+#include "platform/acesso/QZFimMacrosOperacoes.h"
+    return tabelas;
+}
+
+}  // namespace
+
+CQZArmazemSQL::CQZArmazemSQL(const std::string& caminho, QZModoAbertura modo, int esperaMs)
+    : m_sCaminho(caminho), m_esperaMs(esperaMs) {
+    const bool memoria = caminho == ":memory:";
+    if (modo == QZ_ABRE_EXISTENTE && !memoria && !ArquivoExiste(caminho)) {
+        m_erro.SetErro(QZ_E_BANCO, QZ_MODULO_CONEXAO, 1, "O armazém %s não existe.", caminho.c_str());
+        return;
+    }
+    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (modo == QZ_ABRE_OU_CRIA ? SQLITE_OPEN_CREATE : 0);
     if (sqlite3_open_v2(caminho.c_str(), &m_db, flags, nullptr) != SQLITE_OK) {
-        m_erro.SetErro(QZ_E_BANCO, QZ_MODULO_CONEXAO, 1, "Não foi possível abrir o banco de dados %s: %s",
-                       caminho.c_str(), m_db ? sqlite3_errmsg(m_db) : "sem memória");
+        m_erro.SetErro(QZ_E_BANCO, QZ_MODULO_CONEXAO, 1, "Não foi possível abrir o armazém %s: %s", caminho.c_str(),
+                       m_db ? sqlite3_errmsg(m_db) : "sem memória");
         sqlite3_close(m_db);
         m_db = nullptr;
         return;
     }
     long hr = Despacha("Abre", [&]() -> long {
-        Inicia();
+        Inicia(modo);
         return 0;
     });
     if (hr != 0) {
@@ -72,23 +131,136 @@ CQZArmazemSQL::~CQZArmazemSQL() {
     if (m_db) sqlite3_close(m_db);
 }
 
-void CQZArmazemSQL::Inicia() {
-    sqlite3_busy_timeout(m_db, 5000);
+void CQZArmazemSQL::DefineTempoEspera(int ms) {
+    m_esperaMs = ms;
+    if (m_db) sqlite3_busy_timeout(m_db, ms);
+}
+
+void CQZArmazemSQL::DefineAuditorPlanos(IQZAuditorPlanos* auditor) { g_auditor.store(auditor); }
+
+long CQZArmazemSQL::LeVersaoEsquema(int& versao) {
+    return Despacha("LeVersaoEsquema", [&]() -> long {
+        versao = VersaoGravada();
+        return 0;
+    });
+}
+
+int CQZArmazemSQL::VersaoGravada() {
+    sqlite3_stmt* st = Prepara("SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = 'QZ_Esquema'");
+    bool temTabela = Passo(st) && sqlite3_column_int(st, 0) > 0;
+    sqlite3_reset(st);
+    if (!temTabela) return -1;
+    st = Prepara("SELECT COALESCE(MAX(versao), 0) FROM QZ_Esquema");
+    int versao = Passo(st) ? sqlite3_column_int(st, 0) : 0;
+    sqlite3_reset(st);
+    return versao;
+}
+
+void CQZArmazemSQL::VerificaVersaoConhecida(int versao) {
+    if (versao > kVersaoEsquema)
+        throw qzsql::Falha{QZ_E_BANCO, 1,
+                           "O armazém " + m_sCaminho + " foi gravado por uma versão mais nova do PXLREG (esquema " +
+                               std::to_string(versao) + "; esta versão conhece até o esquema " +
+                               std::to_string(kVersaoEsquema) + ")."};
+}
+
+void CQZArmazemSQL::Inicia(QZModoAbertura modo) {
+    sqlite3_busy_timeout(m_db, m_esperaMs);
     Executa("PRAGMA foreign_keys = ON");
+    // The first read of the file: a file that is not a database fails here.
+    int versao = VersaoGravada();
+    if (modo == QZ_ABRE_EXISTENTE && versao < 0) {
+        sqlite3_stmt* st =
+            Prepara("SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name LIKE 'CQZ%'");
+        bool temRegistros = Passo(st) && sqlite3_column_int(st, 0) > 0;
+        sqlite3_reset(st);
+        if (!temRegistros)
+            throw qzsql::Falha{QZ_E_BANCO, 1, "O arquivo " + m_sCaminho + " não é um armazém do PXLREG."};
+    }
+    VerificaVersaoConhecida(versao);
     Executa("PRAGMA journal_mode = WAL");
-    Executa("PRAGMA synchronous = NORMAL");
+    // A committed save survives a power failure too.
+    Executa("PRAGMA synchronous = FULL");
+
+    const auto tabelas = TabelasDeclaradas();
+    std::vector<std::string> ddl;
+    for (const auto* t : tabelas) PlanoTabela(*t, {}, ddl);
+    // An up-to-date file is opened without taking the write lock, so a store
+    // opens while another connection writes.
+    if (versao != kVersaoEsquema || !ddl.empty()) {
+        Executa("BEGIN IMMEDIATE");
+        try {
+            versao = VersaoGravada();
+            VerificaVersaoConhecida(versao);
+            Executa("CREATE TABLE IF NOT EXISTS QZ_Esquema (versao INTEGER PRIMARY KEY, descricao TEXT NOT NULL, "
+                    "aplicada_em TEXT NOT NULL)");
+            for (const Migracao& m : kMigracoes) {
+                if (m.versao <= versao) continue;
+                if (m.aplica) m.aplica(m_db);
+                sqlite3_stmt* st = Prepara(
+                    "INSERT INTO QZ_Esquema (versao, descricao, aplicada_em) VALUES (?, ?, datetime('now'))");
+                Liga(st, 1, static_cast<int64_t>(m.versao));
+                Liga(st, 2, std::string(m.descricao));
+                Passo(st);
+                sqlite3_reset(st);
+            }
+            ddl.clear();
+            for (const auto* t : tabelas) PlanoTabela(*t, {}, ddl);
+            for (const auto& sql : ddl) Executa(sql);
+            Executa("COMMIT");
+        } catch (...) {
+            sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+            throw;
+        }
+    }
+    for (const auto* t : tabelas) m_tabelasCriadas.insert(t->nome);
+}
+
+void CQZArmazemSQL::PlanoTabela(const qzsql::Tabela& t, const std::string& tabelaPai, std::vector<std::string>& ddl) {
+    std::set<std::string> colunas, indices;
+    sqlite3_stmt* st = Prepara("SELECT name FROM pragma_table_info(?1)");
+    Liga(st, 1, t.nome);
+    while (Passo(st)) colunas.insert(reinterpret_cast<const char*>(sqlite3_column_text(st, 0)));
+    sqlite3_reset(st);
+    st = Prepara("SELECT name FROM sqlite_master WHERE type = 'index' AND tbl_name = ?1");
+    Liga(st, 1, t.nome);
+    while (Passo(st)) indices.insert(reinterpret_cast<const char*>(sqlite3_column_text(st, 0)));
+    sqlite3_reset(st);
+
+    const std::string tab = "\"" + t.nome + "\"";
+    if (colunas.empty()) {
+        std::string sql = "CREATE TABLE " + tab + " (chave INTEGER PRIMARY KEY";
+        if (!tabelaPai.empty())
+            sql += ", pai INTEGER NOT NULL REFERENCES \"" + tabelaPai + "\"(chave) ON DELETE CASCADE, ordem INTEGER NOT NULL";
+        for (const auto& c : t.colunas) sql += ", " + DefinicaoColuna(c);
+        ddl.push_back(sql + ")");
+    } else {
+        // A field added to the declaration: a column with the field's empty value.
+        for (const auto& c : t.colunas)
+            if (!colunas.count(c.nome)) ddl.push_back("ALTER TABLE " + tab + " ADD COLUMN " + DefinicaoColuna(c));
+    }
+    auto indice = [&](const std::string& nome, const std::string& colunasIndice) {
+        if (!indices.count(nome)) ddl.push_back("CREATE INDEX \"" + nome + "\" ON " + tab + "(" + colunasIndice + ")");
+    };
+    if (!tabelaPai.empty()) indice("ix_" + t.nome + "__pai", "pai, ordem");
+    for (const auto& c : t.colunas)
+        if (c.indexada) indice("ix_" + t.nome + "_" + c.nome, "\"" + c.nome + "\"");
+    for (const auto& f : t.filhas) PlanoTabela(f, t.nome, ddl);
+}
+
+void CQZArmazemSQL::ReconciliaTabela(const qzsql::Tabela& t) {
+    std::vector<std::string> ddl;
+    PlanoTabela(t, {}, ddl);
+    if (ddl.empty()) return;
+    if (m_nivelTransacao > 0) {
+        for (const auto& sql : ddl) Executa(sql);
+        return;
+    }
     Executa("BEGIN IMMEDIATE");
     try {
-#define QZ_OP_LE(Nome, Registro, Chave, Flags, SeAusente) GarantaTabela<Registro>();
-#define QZ_OP_LE_UNICO(Nome, Registro, Flags) GarantaTabela<Registro>();
-#define QZ_OP_LE_BUFFER(Nome, Registro, Chave, SeAusente) GarantaTabela<Registro>();
-#define QZ_OP_LE_BUFFER_UNICO(Nome, Registro) GarantaTabela<Registro>();
-#include "platform/acesso/QZMacrosOperacoes.h"
-#include "platform/acesso/Manutencao.def"
-#include "platform/acesso/ManutencaoBuffer.def"
-#include "platform/acesso/Gestavo.def"
-#include "platform/acesso/GestavoBuffer.def"
-#include "platform/acesso/QZFimMacrosOperacoes.h"
+        ddl.clear();
+        PlanoTabela(t, {}, ddl);
+        for (const auto& sql : ddl) Executa(sql);
         Executa("COMMIT");
     } catch (...) {
         sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
@@ -96,28 +268,17 @@ void CQZArmazemSQL::Inicia() {
     }
 }
 
-void CQZArmazemSQL::CriaTabela(const qzsql::Tabela& t, const std::string& tabelaPai) {
-    std::string sql = "CREATE TABLE IF NOT EXISTS \"" + t.nome + "\" (chave INTEGER PRIMARY KEY";
-    if (!tabelaPai.empty())
-        sql += ", pai INTEGER NOT NULL REFERENCES \"" + tabelaPai + "\"(chave) ON DELETE CASCADE, ordem INTEGER NOT NULL";
-    for (const auto& c : t.colunas)
-        sql += ", \"" + c.nome + "\" " + (c.texto ? "TEXT NOT NULL DEFAULT ''" : "INTEGER NOT NULL DEFAULT 0");
-    sql += ")";
-    Executa(sql);
-    if (!tabelaPai.empty())
-        Executa("CREATE INDEX IF NOT EXISTS \"ix_" + t.nome + "__pai\" ON \"" + t.nome + "\"(pai, ordem)");
-    for (const auto& c : t.colunas)
-        if (c.indexada)
-            Executa("CREATE INDEX IF NOT EXISTS \"ix_" + t.nome + "_" + c.nome + "\" ON \"" + t.nome + "\"(\"" + c.nome +
-                    "\")");
-    for (const auto& f : t.filhas) CriaTabela(f, t.nome);
-}
-
 [[noreturn]] void CQZArmazemSQL::FalhaSql(const char* contexto) {
-    int codigo = sqlite3_errcode(m_db);
-    bool ocupado = codigo == SQLITE_BUSY || codigo == SQLITE_LOCKED;
-    throw qzsql::Falha{ocupado ? QZ_E_BANCO_OCUPADO : QZ_E_BANCO, ocupado ? 4 : 1,
-                       std::string("Erro do banco de dados (") + contexto + "): " + sqlite3_errmsg(m_db)};
+    const int codigo = sqlite3_errcode(m_db) & 0xFF;
+    if (codigo == SQLITE_BUSY || codigo == SQLITE_LOCKED)
+        throw qzsql::Falha{QZ_E_BANCO_OCUPADO, 4,
+                           "O armazém " + m_sCaminho + " está em uso por outra gravação (esperou " +
+                               std::to_string(m_esperaMs) + " ms): " + sqlite3_errmsg(m_db)};
+    if (codigo == SQLITE_NOTADB || codigo == SQLITE_CORRUPT)
+        throw qzsql::Falha{QZ_E_BANCO, 1,
+                           "O arquivo " + m_sCaminho + " não é um armazém válido ou está corrompido: " +
+                               sqlite3_errmsg(m_db)};
+    throw qzsql::Falha{QZ_E_BANCO, 1, std::string("Erro do banco de dados (") + contexto + "): " + sqlite3_errmsg(m_db)};
 }
 
 sqlite3_stmt* CQZArmazemSQL::Prepara(const std::string& sql) {
@@ -246,7 +407,8 @@ std::string CQZArmazemSQL::MontaWhere(const qzsql::Tabela& t, const CQZCondicoes
                     if (f.nome == t.nome + "__" + cond.lista) filha = &f;
                 if (!filha)
                     throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Lista " + cond.lista + " desconhecida em " + t.nome + "."};
-                termo = "EXISTS (SELECT 1 FROM \"" + filha->nome + "\" f WHERE f.pai = t.chave AND f." +
+                // Through the element's index, then the owners by key.
+                termo = "t.chave IN (SELECT f.pai FROM \"" + filha->nome + "\" AS f WHERE f." +
                         coluna(*filha, cond.campo) + " = ?)";
                 valores.push_back(cond.valor);
                 break;
@@ -263,47 +425,77 @@ std::string CQZArmazemSQL::MontaWhere(const qzsql::Tabela& t, const CQZCondicoes
     return where;
 }
 
-std::vector<int64_t> CQZArmazemSQL::ExecutaBusca(const qzsql::Tabela& t, const TQZBaseFiltro& filtro) {
+qzsql::Consulta CQZArmazemSQL::MontaBusca(const qzsql::Tabela& t, const TQZBaseFiltro& filtro) {
     CQZCondicoes c;
     filtro.MontaCondicoes(c, false);
+    qzsql::Consulta q;
+    std::string where = MontaWhere(t, c, q.valores, nullptr);
+    q.temCondicao = !where.empty();
+    q.sql = "SELECT t.chave FROM \"" + t.nome + "\" AS t" + where + " ORDER BY t.chave";
+    return q;
+}
+
+qzsql::Consulta CQZArmazemSQL::MontaClassificacao(const qzsql::Tabela& t, const TQZBaseFiltro& filtro) {
+    CQZCondicoes c;
+    filtro.MontaCondicoes(c, true);
     std::vector<CQZValor> valores;
-    std::string sql = "SELECT t.chave FROM \"" + t.nome + "\" AS t" + MontaWhere(t, c, valores, nullptr) + " ORDER BY t.chave";
-    sqlite3_stmt* st = Prepara(sql);
-    for (size_t i = 0; i < valores.size(); ++i) Liga(st, static_cast<int>(i) + 1, valores[i]);
+    const CQZCondicao* sub = nullptr;
+    std::string where = MontaWhere(t, c, valores, &sub);
+    qzsql::Consulta q;
+    if (!sub) {
+        q.sql = "SELECT t.chave FROM \"" + t.nome + "\" AS t" + where + " ORDER BY t.chave";
+        q.valores = std::move(valores);
+        q.temCondicao = !where.empty();
+        return q;
+    }
+    // The record itself first, then its descendants level by level. UNION
+    // (not UNION ALL) ends the walk on a record that names itself or a
+    // descendant as its parent.
+    std::string filtroFilhos = where.empty() ? "" : " AND " + where.substr(7);
+    q.sql = "WITH RECURSIVE qz_sub(chave) AS (SELECT chave FROM \"" + t.nome +
+            "\" WHERE chave = ? UNION SELECT t.chave FROM \"" + t.nome + "\" AS t JOIN qz_sub ON t.\"" + sub->campo +
+            "\" = qz_sub.chave" + filtroFilhos + ") SELECT chave FROM qz_sub";
+    q.valores.push_back(sub->valor);
+    q.valores.insert(q.valores.end(), valores.begin(), valores.end());
+    q.temCondicao = true;
+    return q;
+}
+
+std::vector<int64_t> CQZArmazemSQL::ExecutaConsulta(const qzsql::Tabela& t, const qzsql::Consulta& c) {
+    if (IQZAuditorPlanos* auditor = g_auditor.load();
+        auditor && c.temCondicao && m_planosExaminados.insert(c.sql).second)
+        auditor->Examina(t.nome, c.sql, Explica(c.sql));
+    sqlite3_stmt* st = Prepara(c.sql);
+    for (size_t i = 0; i < c.valores.size(); ++i) Liga(st, static_cast<int>(i) + 1, c.valores[i]);
     std::vector<int64_t> chaves;
     while (Passo(st)) chaves.push_back(sqlite3_column_int64(st, 0));
     sqlite3_reset(st);
     return chaves;
 }
 
-std::vector<int64_t> CQZArmazemSQL::ExecutaClassificacao(const qzsql::Tabela& t, const TQZBaseFiltro& filtro) {
-    CQZCondicoes c;
-    filtro.MontaCondicoes(c, true);
-    std::vector<CQZValor> valores;
-    const CQZCondicao* sub = nullptr;
-    std::string where = MontaWhere(t, c, valores, &sub);
-    std::string sql;
-    std::vector<CQZValor> ligados;
-    if (!sub) {
-        sql = "SELECT t.chave FROM \"" + t.nome + "\" AS t" + where + " ORDER BY t.chave";
-        ligados = valores;
-    } else {
-        // The record itself first, then its descendants level by level. UNION
-        // (not UNION ALL) ends the walk on a record that names itself or a
-        // descendant as its parent.
-        std::string filtroFilhos = where.empty() ? "" : " AND " + where.substr(7);
-        sql = "WITH RECURSIVE sub(chave) AS (SELECT chave FROM \"" + t.nome +
-              "\" WHERE chave = ? UNION SELECT t.chave FROM \"" + t.nome + "\" AS t JOIN sub ON t.\"" + sub->campo +
-              "\" = sub.chave" + filtroFilhos + ") SELECT chave FROM sub";
-        ligados.push_back(sub->valor);
-        ligados.insert(ligados.end(), valores.begin(), valores.end());
+std::vector<std::string> CQZArmazemSQL::Explica(const std::string& sql) {
+    sqlite3_stmt* st = nullptr;
+    const std::string explica = "EXPLAIN QUERY PLAN " + sql;
+    if (sqlite3_prepare_v2(m_db, explica.c_str(), -1, &st, nullptr) != SQLITE_OK) FalhaSql(explica.c_str());
+    std::vector<std::string> plano;
+    int rc;
+    while ((rc = sqlite3_step(st)) == SQLITE_ROW)
+        plano.emplace_back(reinterpret_cast<const char*>(sqlite3_column_text(st, 3)));
+    sqlite3_finalize(st);
+    if (rc != SQLITE_DONE) FalhaSql(explica.c_str());
+    return plano;
+}
+
+std::vector<std::string> CQZArmazemSQL::VarredurasCompletas(const std::vector<std::string>& plano) {
+    // "SCAN t", "SCAN t USING COVERING INDEX ..." read every row; the walk
+    // over the subtree queue (qz_sub) and constant rows do not.
+    std::vector<std::string> varreduras;
+    for (const auto& linha : plano) {
+        if (linha.rfind("SCAN ", 0) != 0) continue;
+        if (linha.rfind("SCAN qz_sub", 0) == 0 || linha.rfind("SCAN CONSTANT ROW", 0) == 0) continue;
+        varreduras.push_back(linha);
     }
-    sqlite3_stmt* st = Prepara(sql);
-    for (size_t i = 0; i < ligados.size(); ++i) Liga(st, static_cast<int>(i) + 1, ligados[i]);
-    std::vector<int64_t> chaves;
-    while (Passo(st)) chaves.push_back(sqlite3_column_int64(st, 0));
-    sqlite3_reset(st);
-    return chaves;
+    return varreduras;
 }
 
 // ---- contract operations ----------------------------------------------------

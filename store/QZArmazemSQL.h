@@ -9,12 +9,20 @@
 // table "<Classe>__<Lista>" (chave, pai -> owner's chave, ordem, fields),
 // deleted with its owner. Searched fields are indexed. Text is stored as
 // UTF-8 and handed to the rules as Windows-1252.
+//
+// A file is opened in WAL mode with a busy timeout. Its layout carries a
+// version (table QZ_Esquema, one row per applied migration): a file of an
+// older version is upgraded when opened (migrations first, then the tables,
+// columns and indexes the declarations add), a file of a newer version is
+// refused. Every write runs in one BEGIN IMMEDIATE transaction, so a failure
+// or a killed process leaves nothing half-written.
 #pragma once
 
 #include <sqlite3.h>
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <unordered_map>
@@ -30,6 +38,20 @@ class IQZGanchoAcesso {
 public:
     virtual ~IQZGanchoAcesso() = default;
     virtual long AntesDaOperacao(const char* operacao, CQZDadosGT_Erro& erro) = 0;
+};
+
+// Sees the query plan (the detail rows of EXPLAIN QUERY PLAN) of every search
+// with at least one condition, once per statement and connection. Tests
+// install one to prove that no search the rules make scans a whole table.
+class IQZAuditorPlanos {
+public:
+    virtual ~IQZAuditorPlanos() = default;
+    virtual void Examina(const std::string& tabela, const std::string& sql, const std::vector<std::string>& plano) = 0;
+};
+
+enum QZModoAbertura {
+    QZ_ABRE_OU_CRIA,    // a missing file is created
+    QZ_ABRE_EXISTENTE,  // a missing file, or a database that is not a store, is refused
 };
 
 namespace qzsql {
@@ -53,6 +75,13 @@ struct Tabela {
     std::string sqlFilhas;        // rows of a child table by pai, in order
     std::string sqlInsereFilha;   // pai, ordem, values
     int IndiceColuna(const std::string& campo) const;
+};
+
+// A search as the store runs it.
+struct Consulta {
+    std::string sql;
+    std::vector<CQZValor> valores;
+    bool temCondicao = false;  // false: the filter lists the whole table
 };
 
 // Internal failure, turned into the store's error record at the dispatch point.
@@ -150,9 +179,14 @@ struct VisitanteChaveDmc {
 
 class CQZArmazemSQL : public CQZAcessoManutencaoBuffer, public CQZAcessoGestavoBuffer {
 public:
-    // ":memory:" opens a private in-memory store; any other path a file,
-    // created when missing. Check EstaAberto / GetErro afterwards.
-    explicit CQZArmazemSQL(const std::string& caminho);
+    // Version of the layout this program writes (QZ_Esquema).
+    static constexpr int kVersaoEsquema = 1;
+    static constexpr int kEsperaPadraoMs = 5000;
+
+    // ":memory:" opens a private in-memory store; any other path a file.
+    // Check EstaAberto / GetErro afterwards.
+    explicit CQZArmazemSQL(const std::string& caminho, QZModoAbertura modo = QZ_ABRE_OU_CRIA,
+                           int esperaMs = kEsperaPadraoMs);
     ~CQZArmazemSQL() override;
     CQZArmazemSQL(const CQZArmazemSQL&) = delete;
     CQZArmazemSQL& operator=(const CQZArmazemSQL&) = delete;
@@ -161,6 +195,15 @@ public:
     const CQZDadosGT_Erro& GetErro() const override { return m_erro; }
     void DefineGancho(IQZGanchoAcesso* gancho) { m_pGancho = gancho; }
     void DefineRelogio(const IQZRelogio* relogio) { m_pRelogio = relogio ? relogio : &CQZRelogioSistema::Instancia(); }
+    // How long a write waits for another connection's write to end.
+    void DefineTempoEspera(int ms);
+    const std::string& GetCaminho() const { return m_sCaminho; }
+    // The layout version recorded in the file.
+    long LeVersaoEsquema(int& versao);
+
+    static void DefineAuditorPlanos(IQZAuditorPlanos* auditor);
+    // The rows of a plan that read a whole table or index.
+    static std::vector<std::string> VarredurasCompletas(const std::vector<std::string>& plano);
 
     // ---- contract operations (listed in platform/acesso/*.def) ----
 #define QZ_OP_LE(Nome, Registro, Chave, Flags, SeAusente) long Le##Nome(Chave chave, Registro* pDados, Flags flags = 0) override;
@@ -193,8 +236,15 @@ public:
     // update otherwise.
     template <class R>
     long Grava(R& reg);
+    // Deletion of a stored record, accepted only while the stored stamp
+    // equals the record's (else QZ_E_REGISTRO_ALTERADO).
     template <class R>
     long Remove(const R& reg);
+    // Insert exactly as given (imports): the record's key and stamp are
+    // kept; an empty key gets a new one and an empty stamp is set to now. A
+    // key already taken is refused.
+    template <class R>
+    long Restaura(R& reg);
     // Read by key outside the contracts (hosts).
     template <class R>
     long LeRegistro(int64_t chave, R& reg);
@@ -205,6 +255,10 @@ public:
     long BuscaChaves(const F& filtro, std::vector<int64_t>& chaves);
     template <class F>
     long BuscaSubarvore(const F& filtro, std::vector<int64_t>& chaves);
+    // The query plan (EXPLAIN QUERY PLAN detail rows) of the search a filter
+    // makes, plain or of a classification (tree) view.
+    template <class F>
+    long PlanoBusca(const F& filtro, bool classificacao, std::vector<std::string>& plano);
 
     // Runs fn inside one BEGIN IMMEDIATE transaction.
     template <class F>
@@ -221,16 +275,28 @@ private:
     bool Passo(sqlite3_stmt* st);  // true on a row, false when done; throws on error
     void Executa(const std::string& sql);
     [[noreturn]] void FalhaSql(const char* contexto);
-    void CriaTabela(const qzsql::Tabela& t, const std::string& tabelaPai);
-    void Inicia();
+    void Inicia(QZModoAbertura modo);
+    int VersaoGravada();  // -1 when the file has no version table
+    void VerificaVersaoConhecida(int versao);
+    // DDL that brings a table (and its list tables) to its declaration.
+    void PlanoTabela(const qzsql::Tabela& t, const std::string& tabelaPai, std::vector<std::string>& ddl);
+    void ReconciliaTabela(const qzsql::Tabela& t);
     void LimpaCache() { m_cache.clear(); }
     void VerificaVersaoDados();
     int64_t ProximaChave(const qzsql::Tabela& t);
     int64_t ProximoNumeroMes(const qzsql::Tabela& t, const REG_QZMA& ma);
     std::string MontaWhere(const qzsql::Tabela& t, const CQZCondicoes& c, std::vector<CQZValor>& valores,
                            const CQZCondicao** pSubarvore);
-    std::vector<int64_t> ExecutaBusca(const qzsql::Tabela& t, const TQZBaseFiltro& filtro);
-    std::vector<int64_t> ExecutaClassificacao(const qzsql::Tabela& t, const TQZBaseFiltro& filtro);
+    qzsql::Consulta MontaBusca(const qzsql::Tabela& t, const TQZBaseFiltro& filtro);
+    qzsql::Consulta MontaClassificacao(const qzsql::Tabela& t, const TQZBaseFiltro& filtro);
+    std::vector<int64_t> ExecutaConsulta(const qzsql::Tabela& t, const qzsql::Consulta& c);
+    std::vector<int64_t> ExecutaBusca(const qzsql::Tabela& t, const TQZBaseFiltro& filtro) {
+        return ExecutaConsulta(t, MontaBusca(t, filtro));
+    }
+    std::vector<int64_t> ExecutaClassificacao(const qzsql::Tabela& t, const TQZBaseFiltro& filtro) {
+        return ExecutaConsulta(t, MontaClassificacao(t, filtro));
+    }
+    std::vector<std::string> Explica(const std::string& sql);
     REG_QZDMAHMSUTC NovoCarimbo(const REG_QZDMAHMSUTC* anterior) const;
 
     template <class R>
@@ -241,6 +307,13 @@ private:
     void LeFilhas(const qzsql::Tabela& t, int64_t pai, std::vector<E>& lista);
     template <class R>
     void GravaFilhas(const qzsql::Tabela& t, int64_t chave, const R& reg);
+    // Insert behind Insere and Restaura.
+    template <class R>
+    long InsereLinha(R& reg, bool manterCarimbo);
+    // The stored stamp of a row, after checking it against the record's;
+    // absent for tables without a stamp.
+    template <class R>
+    std::optional<CQZValor> ConfereCarimbo(const qzsql::Tabela& t, int64_t chave, const R& reg);
     template <class R>
     static int64_t ChaveDe(const R& reg);
     template <class R>
@@ -258,6 +331,9 @@ private:
     struct VisitanteGravaListas;
 
     sqlite3* m_db = nullptr;
+    std::string m_sCaminho;
+    int m_esperaMs = kEsperaPadraoMs;
+    std::set<std::string> m_planosExaminados;
     CQZDadosGT_Erro m_erro;
     IQZGanchoAcesso* m_pGancho = nullptr;
     const IQZRelogio* m_pRelogio = &CQZRelogioSistema::Instancia();

@@ -96,7 +96,9 @@ long CQZArmazemSQL::EmTransacao(const char* operacao, F&& fn) {
 template <class R>
 void CQZArmazemSQL::GarantaTabela() {
     const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
-    if (m_tabelasCriadas.insert(t.nome).second) CriaTabela(t, {});
+    if (m_tabelasCriadas.count(t.nome)) return;
+    ReconciliaTabela(t);
+    m_tabelasCriadas.insert(t.nome);
 }
 
 template <class R>
@@ -245,37 +247,73 @@ void CQZArmazemSQL::AnexaChave(L& lista, int64_t chave) {
 }
 
 template <class R>
+long CQZArmazemSQL::InsereLinha(R& reg, bool manterCarimbo) {
+    GarantaTabela<R>();
+    const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
+    int64_t chave = ChaveDe(reg);
+    if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_DMC) {
+        qzsql::VisitanteChaveDmc v;
+        reg.VisitaCampos(v);
+        if (!v.pChave || !v.pChave->ma.EhValido())
+            throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Chave de movimento sem mês e ano em " + t.nome + "."};
+        if (v.pChave->ulNumero == 0) chave = ProximoNumeroMes(t, v.pChave->ma);
+    } else if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_POSICAO) {
+        if (chave == 0) chave = ProximaChave(t);
+    }
+    R existente;
+    if (LeLinha(t, chave, existente))
+        throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6,
+                           "Já existe um registro " + t.nome + " na chave " + std::to_string(chave) + "."};
+    R novo(reg);
+    DefineChave(novo, chave);
+    std::vector<CQZValor> valores;
+    qzsql::VisitanteExtrai x{valores};
+    novo.VisitaCampos(x);
+    if (t.carimbo >= 0) {
+        CQZValor& carimbo = valores[static_cast<size_t>(t.carimbo)];
+        if (!manterCarimbo || REG_QZDMAHMSUTC(static_cast<uint64_t>(std::get<int64_t>(carimbo))).EhVazio())
+            carimbo = static_cast<int64_t>(NovoCarimbo(nullptr).ullValor);
+    }
+    sqlite3_stmt* st = Prepara(t.sqlInsere);
+    Liga(st, 1, chave);
+    for (size_t i = 0; i < valores.size(); ++i) Liga(st, static_cast<int>(i) + 2, valores[i]);
+    Passo(st);
+    sqlite3_reset(st);
+    GravaFilhas(t, chave, novo);
+    qzsql::VisitantePreenche p{valores};
+    novo.VisitaCampos(p);
+    reg = std::move(novo);
+    return 0;
+}
+
+template <class R>
 long CQZArmazemSQL::Insere(R& reg) {
-    return EmTransacao("Insere", [&]() -> long {
-        GarantaTabela<R>();
-        const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
-        int64_t chave = ChaveDe(reg);
-        if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_DMC) {
-            qzsql::VisitanteChaveDmc v;
-            reg.VisitaCampos(v);
-            if (!v.pChave || !v.pChave->ma.EhValido())
-                throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Chave de movimento sem mês e ano em " + t.nome + "."};
-            if (v.pChave->ulNumero == 0) chave = ProximoNumeroMes(t, v.pChave->ma);
-        } else if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_POSICAO) {
-            if (chave == 0) chave = ProximaChave(t);
-        }
-        R novo(reg);
-        DefineChave(novo, chave);
-        std::vector<CQZValor> valores;
-        qzsql::VisitanteExtrai x{valores};
-        novo.VisitaCampos(x);
-        if (t.carimbo >= 0) valores[static_cast<size_t>(t.carimbo)] = static_cast<int64_t>(NovoCarimbo(nullptr).ullValor);
-        sqlite3_stmt* st = Prepara(t.sqlInsere);
-        Liga(st, 1, chave);
-        for (size_t i = 0; i < valores.size(); ++i) Liga(st, static_cast<int>(i) + 2, valores[i]);
-        Passo(st);
-        sqlite3_reset(st);
-        GravaFilhas(t, chave, novo);
-        qzsql::VisitantePreenche p{valores};
-        novo.VisitaCampos(p);
-        reg = std::move(novo);
-        return 0;
-    });
+    return EmTransacao("Insere", [&] { return InsereLinha(reg, false); });
+}
+
+template <class R>
+long CQZArmazemSQL::Restaura(R& reg) {
+    return EmTransacao("Restaura", [&] { return InsereLinha(reg, true); });
+}
+
+template <class R>
+std::optional<CQZValor> CQZArmazemSQL::ConfereCarimbo(const qzsql::Tabela& t, int64_t chave, const R& reg) {
+    R gravado;
+    if (!LeLinha(t, chave, gravado))
+        throw qzsql::Falha{QZ_E_REGISTRO_NAO_ENCONTRADO, 2,
+                           "Registro " + t.nome + " não encontrado na chave " + std::to_string(chave) + "."};
+    if (t.carimbo < 0) return std::nullopt;
+    std::vector<CQZValor> valoresGravados, valores;
+    qzsql::VisitanteExtrai xg{valoresGravados}, x{valores};
+    gravado.VisitaCampos(xg);
+    reg.VisitaCampos(x);
+    const auto idx = static_cast<size_t>(t.carimbo);
+    const uint64_t cGravado = static_cast<uint64_t>(std::get<int64_t>(valoresGravados[idx]));
+    const uint64_t cRegistro = static_cast<uint64_t>(std::get<int64_t>(valores[idx]));
+    if ((cGravado & REG_QZDMAHMSUTC::kMascaraDataHora) != (cRegistro & REG_QZDMAHMSUTC::kMascaraDataHora))
+        throw qzsql::Falha{QZ_E_REGISTRO_ALTERADO, 3,
+                           "Registro " + t.nome + " alterado por outro usuário desde a leitura."};
+    return valoresGravados[idx];
 }
 
 template <class R>
@@ -289,26 +327,13 @@ long CQZArmazemSQL::Atualiza(R& reg) {
         reg.VisitaCampos(x);
         std::string sql = t.sqlAtualiza;
         std::vector<CQZValor> antigo;
-        if (t.carimbo >= 0) {
-            // The write carries the stamp the caller read: of two writers
-            // racing on one record exactly one changes the row.
-            R gravado;
-            if (!LeLinha(t, chave, gravado))
-                throw qzsql::Falha{QZ_E_REGISTRO_NAO_ENCONTRADO, 2,
-                                   "Registro " + t.nome + " não encontrado na chave " + std::to_string(chave) + "."};
-            std::vector<CQZValor> valoresGravados;
-            qzsql::VisitanteExtrai xg{valoresGravados};
-            gravado.VisitaCampos(xg);
-            const auto& cGravado = valoresGravados[static_cast<size_t>(t.carimbo)];
-            const auto& cRegistro = valores[static_cast<size_t>(t.carimbo)];
-            REG_QZDMAHMSUTC anterior(static_cast<uint64_t>(std::get<int64_t>(cGravado)));
-            if ((static_cast<uint64_t>(std::get<int64_t>(cGravado)) & REG_QZDMAHMSUTC::kMascaraDataHora) !=
-                (static_cast<uint64_t>(std::get<int64_t>(cRegistro)) & REG_QZDMAHMSUTC::kMascaraDataHora))
-                throw qzsql::Falha{QZ_E_REGISTRO_ALTERADO, 3,
-                                   "Registro " + t.nome + " alterado por outro usuário desde a leitura."};
+        // The write carries the stamp the caller read: of two writers racing
+        // on one record exactly one changes the row.
+        if (auto carimbo = ConfereCarimbo(t, chave, reg)) {
+            REG_QZDMAHMSUTC anterior(static_cast<uint64_t>(std::get<int64_t>(*carimbo)));
             valores[static_cast<size_t>(t.carimbo)] = static_cast<int64_t>(NovoCarimbo(&anterior).ullValor);
             sql += " AND \"" + t.colunas[static_cast<size_t>(t.carimbo)].nome + "\" = ?";
-            antigo.push_back(cGravado);
+            antigo.push_back(*carimbo);
         }
         sqlite3_stmt* st = Prepara(sql);
         int i = 1;
@@ -352,13 +377,17 @@ long CQZArmazemSQL::Remove(const R& reg) {
         GarantaTabela<R>();
         const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
         int64_t chave = ChaveDe(reg);
-        sqlite3_stmt* st = Prepara("DELETE FROM \"" + t.nome + "\" WHERE chave = ?");
+        std::string sql = "DELETE FROM \"" + t.nome + "\" WHERE chave = ?";
+        auto carimbo = ConfereCarimbo(t, chave, reg);
+        if (carimbo) sql += " AND \"" + t.colunas[static_cast<size_t>(t.carimbo)].nome + "\" = ?";
+        sqlite3_stmt* st = Prepara(sql);
         Liga(st, 1, chave);
+        if (carimbo) Liga(st, 2, *carimbo);
         Passo(st);
         sqlite3_reset(st);
         if (sqlite3_changes(m_db) != 1)
-            throw qzsql::Falha{QZ_E_REGISTRO_NAO_ENCONTRADO, 2,
-                               "Registro " + t.nome + " não encontrado na chave " + std::to_string(chave) + "."};
+            throw qzsql::Falha{QZ_E_REGISTRO_ALTERADO, 3,
+                               "Registro " + t.nome + " não foi excluído na chave " + std::to_string(chave) + "."};
         return 0;
     });
 }
@@ -396,6 +425,17 @@ long CQZArmazemSQL::BuscaSubarvore(const F& filtro, std::vector<int64_t>& chaves
     return Despacha("BuscaSubarvore", [&]() -> long {
         GarantaTabela<typename F::TipoRegistro>();
         chaves = ExecutaClassificacao(qzsql::EsquemaDe<typename F::TipoRegistro>(), filtro);
+        return 0;
+    });
+}
+
+template <class F>
+long CQZArmazemSQL::PlanoBusca(const F& filtro, bool classificacao, std::vector<std::string>& plano) {
+    plano.clear();
+    return Despacha("PlanoBusca", [&]() -> long {
+        GarantaTabela<typename F::TipoRegistro>();
+        const qzsql::Tabela& t = qzsql::EsquemaDe<typename F::TipoRegistro>();
+        plano = Explica((classificacao ? MontaClassificacao(t, filtro) : MontaBusca(t, filtro)).sql);
         return 0;
     });
 }

@@ -1,0 +1,295 @@
+// The store as a file: versioned layout and upgrades, refusal of files it
+// cannot use, concurrent connections, and what a failure or a killed writer
+// leaves behind.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+
+#include "store/QZArmazemSQL.h"
+
+namespace {
+
+// A file in the test's temporary directory, removed with its WAL files.
+class ArquivoTemporario {
+public:
+    explicit ArquivoTemporario(const std::string& nome)
+        : m_caminho(::testing::TempDir() + "qz_" + nome + "_" + std::to_string(getpid()) + ".db") {
+        Remove();
+    }
+    ~ArquivoTemporario() { Remove(); }
+    const std::string& Caminho() const { return m_caminho; }
+
+private:
+    void Remove() {
+        for (const char* sufixo : {"", "-wal", "-shm", "-journal"}) std::remove((m_caminho + sufixo).c_str());
+    }
+    std::string m_caminho;
+};
+
+// A plain SQLite connection, to build old files and look at what the store wrote.
+class Sql {
+public:
+    explicit Sql(const std::string& caminho) { sqlite3_open(caminho.c_str(), &m_db); }
+    ~Sql() { sqlite3_close(m_db); }
+    void Executa(const std::string& sql) {
+        char* erro = nullptr;
+        ASSERT_EQ(SQLITE_OK, sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, &erro)) << (erro ? erro : "") << sql;
+    }
+    std::string Valor(const std::string& sql) {
+        sqlite3_stmt* st = nullptr;
+        std::string v;
+        if (sqlite3_prepare_v2(m_db, sql.c_str(), -1, &st, nullptr) == SQLITE_OK && sqlite3_step(st) == SQLITE_ROW &&
+            sqlite3_column_text(st, 0))
+            v = reinterpret_cast<const char*>(sqlite3_column_text(st, 0));
+        sqlite3_finalize(st);
+        return v;
+    }
+
+private:
+    sqlite3* m_db = nullptr;
+};
+
+CQZDadosPX_Prioridade Prioridade(const char* codigo, uint8_t base = 10) {
+    CQZDadosPX_Prioridade p;
+    p.SetCodigo(codigo).SetDescricao("Prioridade").SetPrioridadeBase(base);
+    return p;
+}
+
+std::string Texto(const CQZDadosGT_Erro& erro) { return QZParaUtf8(erro.GetMensagem()); }
+// The error's text holds `trecho` (both Windows-1252, as the literals here are).
+bool Contem(const CQZDadosGT_Erro& erro, const char* trecho) { return erro.GetMensagem().Find(trecho) >= 0; }
+
+}  // namespace
+
+TEST(QZArmazemSQLEsquemaTest, FileOfTheUnversionedLayoutIsUpgradedKeepingItsData) {
+    ArquivoTemporario arquivo("antigo");
+    {
+        // The layout before versioning, and before priorities had a base value.
+        Sql sql(arquivo.Caminho());
+        sql.Executa(
+            "CREATE TABLE \"CQZDadosPX_Prioridade\" (chave INTEGER PRIMARY KEY, \"Codigo\" TEXT NOT NULL DEFAULT '', "
+            "\"Descricao\" TEXT NOT NULL DEFAULT '', \"DmaHmsAtualizacao\" INTEGER NOT NULL DEFAULT 0)");
+        // The file holds UTF-8: "Urgência".
+        sql.Executa("INSERT INTO \"CQZDadosPX_Prioridade\" VALUES (4, 'URG', 'Urg\xC3\xAAncia', 123456)");
+    }
+    CQZArmazemSQL armazem(arquivo.Caminho(), QZ_ABRE_EXISTENTE);
+    ASSERT_TRUE(armazem.EstaAberto()) << Texto(armazem.GetErro());
+    int versao = -2;
+    ASSERT_EQ(0, armazem.LeVersaoEsquema(versao));
+    EXPECT_EQ(versao, CQZArmazemSQL::kVersaoEsquema);
+
+    CQZDadosPX_Prioridade lida;
+    ASSERT_EQ(0, armazem.LePrioridade(4, &lida));
+    EXPECT_EQ(lida.GetCodigo(), "URG");
+    EXPECT_EQ(lida.GetDescricao(), "Urgência");
+    EXPECT_EQ(lida.GetPrioridadeBase(), 0);  // the added column holds the field's empty value
+    EXPECT_EQ(lida.GetDmaHmsAtualizacao().ullValor, 123456u);
+    lida.SetPrioridadeBase(90);
+    ASSERT_EQ(0, armazem.Atualiza(lida));
+
+    // The code search of the upgraded file is served by the index it gained.
+    CQZDadosPX_FiltroPrioridade filtro;
+    filtro.SetCodigo("URG");
+    CQZArray_deprecated<uint32_t> posicoes;
+    ASSERT_EQ(0, armazem.BuscaPonteirosPrioridade(filtro, posicoes));
+    ASSERT_EQ(posicoes.GetSize(), 1);
+    std::vector<std::string> plano;
+    ASSERT_EQ(0, armazem.PlanoBusca(filtro, false, plano));
+    EXPECT_TRUE(CQZArmazemSQL::VarredurasCompletas(plano).empty()) << ::testing::PrintToString(plano);
+
+    CQZArmazemSQL reaberto(arquivo.Caminho(), QZ_ABRE_EXISTENTE);
+    ASSERT_EQ(0, reaberto.LePrioridade(4, &lida));
+    EXPECT_EQ(lida.GetPrioridadeBase(), 90);
+    Sql sql(arquivo.Caminho());
+    EXPECT_EQ(sql.Valor("SELECT count(*) FROM QZ_Esquema"), std::to_string(CQZArmazemSQL::kVersaoEsquema));
+}
+
+TEST(QZArmazemSQLEsquemaTest, FilesItCannotUseAreRefusedUntouched) {
+    ArquivoTemporario novo("novo"), lixo("lixo"), alheio("alheio"), ausente("ausente");
+    {
+        Sql sql(novo.Caminho());
+        sql.Executa("CREATE TABLE QZ_Esquema (versao INTEGER PRIMARY KEY, descricao TEXT NOT NULL, aplicada_em TEXT NOT NULL)");
+        sql.Executa("INSERT INTO QZ_Esquema VALUES (99, 'futuro', '2030-01-01')");
+    }
+    {
+        std::ofstream f(lixo.Caminho(), std::ios::binary);
+        f << std::string(4096, 'x');
+    }
+    {
+        Sql sql(alheio.Caminho());
+        sql.Executa("CREATE TABLE clientes (id INTEGER)");
+    }
+    struct Caso {
+        const ArquivoTemporario& arquivo;
+        QZModoAbertura modo;
+        const char* trecho;
+    } casos[] = {
+        {novo, QZ_ABRE_OU_CRIA, "versão mais nova"},
+        {lixo, QZ_ABRE_OU_CRIA, "corrompido"},
+        {alheio, QZ_ABRE_EXISTENTE, "não é um armazém do PXLREG"},
+        {ausente, QZ_ABRE_EXISTENTE, "não existe"},
+    };
+    for (const auto& c : casos) {
+        CQZArmazemSQL armazem(c.arquivo.Caminho(), c.modo);
+        EXPECT_FALSE(armazem.EstaAberto()) << c.trecho;
+        EXPECT_EQ(armazem.GetErro().GetUltimoHR(), QZ_E_BANCO) << c.trecho;
+        EXPECT_TRUE(Contem(armazem.GetErro(), c.trecho)) << Texto(armazem.GetErro());
+    }
+    Sql sql(novo.Caminho());
+    EXPECT_EQ(sql.Valor("SELECT count(*) FROM sqlite_master WHERE name LIKE 'CQZ%'"), "0");
+    EXPECT_EQ(sql.Valor("SELECT max(versao) FROM QZ_Esquema"), "99");
+    Sql outro(alheio.Caminho());
+    EXPECT_EQ(outro.Valor("SELECT count(*) FROM sqlite_master"), "1");
+    EXPECT_EQ(access(ausente.Caminho().c_str(), F_OK), -1);
+}
+
+TEST(QZArmazemSQLEsquemaTest, NewFileIsVersionedAndInWalMode) {
+    ArquivoTemporario arquivo("wal");
+    {
+        CQZArmazemSQL armazem(arquivo.Caminho());
+        ASSERT_TRUE(armazem.EstaAberto());
+    }
+    Sql sql(arquivo.Caminho());
+    EXPECT_EQ(sql.Valor("PRAGMA journal_mode"), "wal");
+    EXPECT_EQ(sql.Valor("SELECT max(versao) FROM QZ_Esquema"), std::to_string(CQZArmazemSQL::kVersaoEsquema));
+    EXPECT_EQ(sql.Valor("SELECT count(*) FROM sqlite_master WHERE name = 'CQZDadosPX_Prioridade'"), "1");
+}
+
+TEST(QZArmazemSQLConcorrenciaTest, AWriterWaitsForAnotherThenGivesUpWithAClearError) {
+    ArquivoTemporario arquivo("ocupado");
+    CQZArmazemSQL a(arquivo.Caminho());
+    ASSERT_TRUE(a.EstaAberto());
+    long hrB = 0;
+    CQZDadosGT_Erro erroB;
+    ASSERT_EQ(0, a.EmTransacao("Segura", [&]() -> long {
+        CQZDadosPX_Prioridade p = Prioridade("A");
+        if (long hr = a.Insere(p)) return hr;
+        // An up-to-date store opens while another connection writes...
+        CQZArmazemSQL b(arquivo.Caminho(), QZ_ABRE_EXISTENTE, 50);
+        EXPECT_TRUE(b.EstaAberto()) << Texto(b.GetErro());
+        // ...and reads what was committed before that write began.
+        std::vector<int64_t> chaves;
+        EXPECT_EQ(0, b.ListaChaves<CQZDadosPX_Prioridade>(chaves));
+        EXPECT_TRUE(chaves.empty());
+        CQZDadosPX_Prioridade q = Prioridade("B");
+        hrB = b.Insere(q);
+        erroB = b.GetErro();
+        return 0;
+    }));
+    EXPECT_EQ(hrB, QZ_E_BANCO_OCUPADO);
+    EXPECT_TRUE(Contem(erroB, "em uso por outra gravação")) << Texto(erroB);
+
+    CQZArmazemSQL b(arquivo.Caminho(), QZ_ABRE_EXISTENTE, 50);
+    CQZDadosPX_Prioridade q = Prioridade("B");
+    EXPECT_EQ(0, b.Insere(q));
+    std::vector<int64_t> chaves;
+    ASSERT_EQ(0, a.ListaChaves<CQZDadosPX_Prioridade>(chaves));
+    EXPECT_EQ(chaves, (std::vector<int64_t>{1, 2}));
+}
+
+TEST(QZArmazemSQLConcorrenciaTest, DeletionNeedsTheStampThatWasRead) {
+    CQZArmazemSQL armazem(":memory:");
+    CQZRelogioFixo relogio;
+    armazem.DefineRelogio(&relogio);
+    CQZDadosPX_Prioridade p = Prioridade("A");
+    ASSERT_EQ(0, armazem.Insere(p));
+    CQZDadosPX_Prioridade antiga = p;
+    ASSERT_EQ(0, armazem.Atualiza(p));
+    EXPECT_EQ(QZ_E_REGISTRO_ALTERADO, armazem.Remove(antiga));
+    CQZDadosPX_Prioridade lida;
+    ASSERT_EQ(0, armazem.LeRegistro(1, lida));
+    EXPECT_EQ(0, armazem.Remove(p));
+    EXPECT_EQ(QZ_E_REGISTRO_NAO_ENCONTRADO, armazem.LeRegistro(1, lida));
+    EXPECT_EQ(QZ_E_REGISTRO_NAO_ENCONTRADO, armazem.Remove(p));
+}
+
+TEST(QZArmazemSQLConcorrenciaTest, RestoreKeepsKeyAndStampAndRefusesATakenKey) {
+    CQZArmazemSQL armazem(":memory:");
+    CQZRelogioFixo relogio(REG_QZDMAHMSUTC(2, 2, 2026, 10, 0, 0));
+    armazem.DefineRelogio(&relogio);
+    CQZDadosPX_Prioridade p = Prioridade("A");
+    p.SetPosicao(7);
+    p.SetDmaHmsAtualizacao(REG_QZDMAHMSUTC(1, 1, 2020, 8, 0, 0));
+    ASSERT_EQ(0, armazem.Restaura(p));
+    CQZDadosPX_Prioridade lida;
+    ASSERT_EQ(0, armazem.LeRegistro(7, lida));
+    EXPECT_TRUE(lida.OnIgual(p));
+
+    CQZDadosPX_Prioridade outra = Prioridade("B");
+    outra.SetPosicao(7);
+    EXPECT_EQ(QZ_E_REGISTRO_INVALIDO, armazem.Restaura(outra));
+    EXPECT_TRUE(Contem(armazem.GetErro(), "Já existe")) << Texto(armazem.GetErro());
+    outra.SetPosicao(0);
+    ASSERT_EQ(0, armazem.Restaura(outra));
+    EXPECT_EQ(outra.GetPosicao(), 8u);
+    EXPECT_EQ(outra.GetDmaHmsAtualizacao(), relogio.Agora());  // no stamp given: now
+}
+
+TEST(QZArmazemSQLFalhaTest, AFailedTransactionLeavesNothingOfItsWrites) {
+    CQZArmazemSQL armazem(":memory:");
+    long hr = armazem.EmTransacao("Carga", [&]() -> long {
+        for (const char* c : {"A", "B"}) {
+            CQZDadosPX_Prioridade p = Prioridade(c);
+            if (long r = armazem.Insere(p)) return r;
+        }
+        CQZDadosPX_Prioridade ruim = Prioridade("C");
+        ruim.SetDescricao(CString(std::string("\x90", 1)));  // no Windows-1252 character
+        return armazem.Insere(ruim);
+    });
+    EXPECT_EQ(hr, QZ_E_REGISTRO_INVALIDO);
+    std::vector<int64_t> chaves;
+    ASSERT_EQ(0, armazem.ListaChaves<CQZDadosPX_Prioridade>(chaves));
+    EXPECT_TRUE(chaves.empty());
+}
+
+TEST(QZArmazemSQLFalhaTest, AWriterKilledMidTransactionLeavesAConsistentFile) {
+    ArquivoTemporario arquivo("morto");
+    {
+        CQZArmazemSQL armazem(arquivo.Caminho());
+        for (const char* c : {"A", "B", "C"}) {
+            CQZDadosPX_Prioridade p = Prioridade(c);
+            ASSERT_EQ(0, armazem.Insere(p));
+        }
+    }
+    int canal[2];
+    ASSERT_EQ(0, pipe(canal));
+    pid_t filho = fork();
+    ASSERT_GE(filho, 0);
+    if (filho == 0) {
+        close(canal[0]);
+        CQZArmazemSQL armazem(arquivo.Caminho());
+        armazem.EmTransacao("Carga", [&]() -> long {
+            for (long i = 0;; ++i) {
+                CQZDadosPX_Prioridade p = Prioridade("NOVA");
+                armazem.Insere(p);
+                if (i == 2000 && write(canal[1], "x", 1) != 1) _exit(3);
+            }
+        });
+        _exit(0);
+    }
+    close(canal[1]);
+    char sinal = 0;
+    ASSERT_EQ(1, read(canal[0], &sinal, 1));
+    close(canal[0]);
+    ASSERT_EQ(0, kill(filho, SIGKILL));
+    int estado = 0;
+    ASSERT_EQ(filho, waitpid(filho, &estado, 0));
+    ASSERT_TRUE(WIFSIGNALED(estado));
+
+    {
+        Sql sql(arquivo.Caminho());
+        EXPECT_EQ(sql.Valor("PRAGMA integrity_check"), "ok");
+    }
+    CQZArmazemSQL armazem(arquivo.Caminho(), QZ_ABRE_EXISTENTE, 1000);
+    ASSERT_TRUE(armazem.EstaAberto()) << Texto(armazem.GetErro());
+    std::vector<int64_t> chaves;
+    ASSERT_EQ(0, armazem.ListaChaves<CQZDadosPX_Prioridade>(chaves));
+    EXPECT_EQ(chaves, (std::vector<int64_t>{1, 2, 3}));
+    CQZDadosPX_Prioridade p = Prioridade("D");
+    EXPECT_EQ(0, armazem.Insere(p));  // the dead writer's lock went with it
+    EXPECT_EQ(p.GetPosicao(), 4u);
+}

@@ -1,0 +1,135 @@
+// No search the rules make may read a whole table. Two nets:
+//  - every search any test of this binary runs through a store is checked
+//    as it runs (the auditor below fails the test that made it);
+//  - every search operation of the access contracts is planned here with
+//    each of its criteria on its own and with all of them together, so an
+//    operation added to a .def file is covered even before its rules exist.
+#include <gtest/gtest.h>
+
+#include "store/QZArmazemSQL.h"
+
+namespace {
+
+class AuditorVarreduras : public IQZAuditorPlanos {
+public:
+    void Examina(const std::string& tabela, const std::string& sql, const std::vector<std::string>& plano) override {
+        auto varreduras = CQZArmazemSQL::VarredurasCompletas(plano);
+        if (!varreduras.empty())
+            ADD_FAILURE() << "a search of " << tabela << " reads the whole table (" << varreduras.front()
+                          << "): mark the fields it filters on QZ_IDX.\n  SQL: " << sql;
+    }
+};
+
+class AmbienteAuditoria : public ::testing::Environment {
+public:
+    void SetUp() override { CQZArmazemSQL::DefineAuditorPlanos(&m_auditor); }
+    void TearDown() override { CQZArmazemSQL::DefineAuditorPlanos(nullptr); }
+
+private:
+    AuditorVarreduras m_auditor;
+};
+
+[[maybe_unused]] ::testing::Environment* const g_ambiente = ::testing::AddGlobalTestEnvironment(new AmbienteAuditoria);
+
+template <class T>
+T ValorRepresentativo() {
+    if constexpr (std::is_same_v<T, CString>)
+        return CString("A");
+    else if constexpr (std::is_integral_v<T>)
+        return T{1};
+    else
+        return T{};
+}
+
+// Sets criterion number `alvo` of a filter (every criterion when alvo < 0).
+struct DefineCriterio {
+    explicit DefineCriterio(int a) : alvo(a) {}
+    int alvo;
+    int i = 0;
+    std::string nomes;
+    template <class T>
+    void Criterio(const char* nome, std::optional<T>& c) {
+        if (alvo < 0 || i == alvo) {
+            c = ValorRepresentativo<T>();
+            nomes += (nomes.empty() ? "" : ", ") + std::string(nome);
+        }
+        ++i;
+    }
+};
+
+struct CasoPlano {
+    std::string operacao;
+    std::string criterios;
+    std::vector<std::string> plano;
+};
+
+template <class F>
+void PlanejaFiltros(CQZArmazemSQL& armazem, const std::string& operacao, bool classificacao,
+                    std::vector<CasoPlano>& casos) {
+    DefineCriterio conta{-2};
+    F modelo;
+    modelo.VisitaCriterios(conta);
+    for (int alvo = -1; alvo < conta.i; ++alvo) {
+        F filtro;
+        DefineCriterio define{alvo};
+        filtro.VisitaCriterios(define);
+        CQZCondicoes condicoes;
+        filtro.MontaCondicoes(condicoes, classificacao);
+        if (condicoes.Lista().empty()) continue;  // a flag on its own narrows nothing
+        CasoPlano caso{operacao, define.nomes, {}};
+        ASSERT_EQ(0, armazem.PlanoBusca(filtro, classificacao, caso.plano))
+            << operacao << " (" << define.nomes << "): " << QZParaUtf8(armazem.GetErro().GetMensagem());
+        casos.push_back(std::move(caso));
+    }
+}
+
+std::vector<CasoPlano> PlanosDasOperacoes(CQZArmazemSQL& armazem) {
+    std::vector<CasoPlano> casos;
+#define QZ_OP_BUSCA(Nome, Filtro, Lista) PlanejaFiltros<Filtro>(armazem, "BuscaPonteiros" #Nome, false, casos);
+#define QZ_OP_CLASSIFICACAO(Nome, Filtro) PlanejaFiltros<Filtro>(armazem, "BuscaClassificacao" #Nome, true, casos);
+#include "platform/acesso/QZMacrosOperacoes.h"
+#include "platform/acesso/Manutencao.def"
+#include "platform/acesso/Gestavo.def"
+#include "platform/acesso/QZFimMacrosOperacoes.h"
+    return casos;
+}
+
+// A record with a field searched without an index: the check must see it.
+#define CAMPOS_TESTE_SEM_INDICE(CAMPO, LISTA) \
+    CAMPO(CString, Codigo, QZ_IDX)            \
+    CAMPO(uint32_t, Solto, 0)
+class CQZTeste_SemIndice : public TQZBaseParaDados {
+    QZ_REGISTRO(CQZTeste_SemIndice, CAMPOS_TESTE_SEM_INDICE)
+};
+#define CRITERIOS_TESTE_SEM_INDICE(CRITERIO) CRITERIO(uint32_t, Solto)
+class CQZTeste_FiltroSemIndice : public TQZBaseFiltro {
+    QZ_FILTRO(CQZTeste_FiltroSemIndice, CQZTeste_SemIndice, CRITERIOS_TESTE_SEM_INDICE)
+public:
+    void MontaCondicoes(CQZCondicoes& c, bool) const override { c.Igual("Solto", m_critSolto); }
+};
+
+}  // namespace
+
+TEST(QZPlanoConsultaTest, NoSearchOperationReadsAWholeTable) {
+    CQZArmazemSQL armazem(":memory:");
+    ASSERT_TRUE(armazem.EstaAberto());
+    auto casos = PlanosDasOperacoes(armazem);
+    ASSERT_FALSE(casos.empty());
+    for (const auto& caso : casos) {
+        auto varreduras = CQZArmazemSQL::VarredurasCompletas(caso.plano);
+        EXPECT_TRUE(varreduras.empty()) << caso.operacao << " with " << caso.criterios << " reads a whole table: "
+                                        << ::testing::PrintToString(caso.plano);
+    }
+}
+
+TEST(QZPlanoConsultaTest, AnUnindexedSearchIsSeen) {
+    CQZArmazemSQL armazem(":memory:");
+    CQZTeste_FiltroSemIndice filtro;
+    filtro.SetSolto(3);
+    std::vector<std::string> plano;
+    ASSERT_EQ(0, armazem.PlanoBusca(filtro, false, plano));
+    EXPECT_FALSE(CQZArmazemSQL::VarredurasCompletas(plano).empty()) << ::testing::PrintToString(plano);
+    // The subtree walk scans only its own queue.
+    EXPECT_TRUE(CQZArmazemSQL::VarredurasCompletas({"SCAN qz_sub", "SEARCH t USING INDEX ix (PonteiroPai=?)"}).empty());
+    EXPECT_EQ(CQZArmazemSQL::VarredurasCompletas({"SCAN t USING COVERING INDEX ix_x"}).size(), 1u);
+}
