@@ -1,0 +1,31 @@
+// Expense entries: dated expenses booked under an expense type, movement
+// records keyed by month and number (REG_QZDMC).
+#pragma once
+
+#include "platform/records/PXCriterios.h"
+
+#define CAMPOS_PX_LANCAMENTO_GASTOS(CAMPO, LISTA)         \
+    CAMPO(REG_QZDMC, Dmc, QZ_CHAVE)                       \
+    CAMPO(uint32_t, PonteiroTipoGasto, QZ_IDX)            \
+    CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO)
+
+class CQZDadosPX_LancamentoGastos : public TQZBaseParaDados {
+    QZ_REGISTRO(CQZDadosPX_LancamentoGastos, CAMPOS_PX_LANCAMENTO_GASTOS)
+public:
+    static constexpr QZTipoChave kTipoChave = QZ_CHAVE_DMC;
+};
+
+// An entry carries no branch of its own, so the filter has no branch
+// criterion and every search covers the entries of all branches. Periods as
+// PXCriterios.h says.
+#define CRITERIOS_PX_FILTRO_LANCAMENTO_GASTOS(CRITERIO) \
+    CRITERIO(uint8_t, TodosPeriodos)                    \
+    CRITERIO(uint32_t, ValorUnicoTipoGasto)
+
+class CQZDadosPX_FiltroLancamentoGastos : public TQZBaseFiltro {
+    QZ_FILTRO(CQZDadosPX_FiltroLancamentoGastos, CQZDadosPX_LancamentoGastos, CRITERIOS_PX_FILTRO_LANCAMENTO_GASTOS)
+public:
+    void MontaCondicoes(CQZCondicoes& c, bool) const override {
+        c.Igual("PonteiroTipoGasto", m_critValorUnicoTipoGasto);
+    }
+};
