@@ -1,0 +1,103 @@
+#include "rules/PXTrataDadosTecnico.h"
+
+#include "rules/PXVerificaArvore.h"
+
+namespace {
+constexpr long kCampoCodigoNovo = 7;
+constexpr long kCampoCodigoGravado = 8;
+constexpr long kCampoNome = 9;
+constexpr long kCampoPai = 10;
+constexpr long kCampoUsuario = 12;
+constexpr long kCampoDisciplinas = 14;
+
+// The field checks have no self-parent test, so the tree check compares the
+// new parent with the record itself too.
+const CPXRegraArvore kRegraArvore{kCampoPai, true, std::nullopt};
+}  // namespace
+
+CQZDadosGT_Erro& CPXTrataDadosTecnico::ConsistirTecnico(CQZDadosPX_Tecnico* pDados) {
+    LimpaErro();
+    // Called directly by screens: without data services nothing is checked.
+    if (!GetAcessoManutencao()) return SetAvisoPersonalizado(QZ_MODULO_PX, 0, 161L);
+    CQZDadosPX_Tecnico& dados = *pDados;
+
+    CString codigo = dados.GetCodigo();
+    dados.SetCodigo(codigo.Trim());
+    CString nome = dados.GetNome();
+    dados.SetNome(nome.Trim());
+
+    if (codigo.IsEmpty())
+        return dados.GetPonteiro() == 0 ? SetAviso(QZ_MODULO_PX, 1, kCampoCodigoNovo)
+                                        : SetAviso(QZ_MODULO_PX, 2, kCampoCodigoGravado);
+
+    // Codes are unique across all branches.
+    CQZDadosPX_FiltroTecnico filtroCodigo;
+    filtroCodigo.SetCodigo(codigo).SetTodasFiliais(1);
+    CQZArray_deprecated<uint32_t> aPonteiros;
+    if (GetAcessoManutencao()->BuscaPonteirosTecnico(filtroCodigo, aPonteiros) != 0)
+        return PassaErroServico(GetAcessoManutencao()->GetErro());
+    for (uint32_t ponteiro : aPonteiros)
+        if (ponteiro != dados.GetPonteiro()) return SetAviso(QZ_MODULO_PX, 10, kCampoCodigoNovo);
+
+    if (nome.IsEmpty()) return SetAviso(QZ_MODULO_PX, 4, kCampoNome);
+
+    if (dados.GetTipoClassificacao() != PX_CLASSIFICACAO_ANALITICO) {
+        // What only a real technician carries is dropped from a group.
+        dados.SetTipoClassificacao(PX_CLASSIFICACAO_SINTETICO);
+        dados.SetPonteiroFilial(0);
+        dados.SetInativo(0);
+        dados.RemoveTodosDisciplina();
+        return *this;
+    }
+
+    if (dados.GetPonteiroUsuario() == 0) return *this;
+
+    // A user is tied to at most one active real technician in the branch (in
+    // all branches for a technician of no particular branch).
+    CQZDadosPX_FiltroTecnico filtroUsuario;
+    filtroUsuario.SetValorUnicoFilial(dados.GetPonteiroFilial())
+        .SetTodasFiliais(dados.GetPonteiroFilial() == 0 ? 1 : 0)
+        .SetPonteiroUsuario(dados.GetPonteiroUsuario())
+        .SetAtivo(1)
+        .SetTipoClassificacaoAnalitico(1);
+    if (GetAcessoManutencao()->BuscaPonteirosTecnico(filtroUsuario, aPonteiros) != 0)
+        return PassaErroServico(GetAcessoManutencao()->GetErro());
+    const bool soEle = aPonteiros.IsEmpty() || (aPonteiros.GetSize() == 1 && aPonteiros[0] == dados.GetPonteiro());
+    if (!soEle) return SetAviso(QZ_MODULO_PX, 121, kCampoUsuario);
+    return *this;
+}
+
+CQZDadosGT_Erro& CPXTrataDadosTecnico::OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia*) {
+    LimpaErro();
+    auto& dados = static_cast<CQZDadosPX_Tecnico&>(*pDados);
+    if (dados.GetPonteiro() == 0) return ConsistirTecnico(&dados);
+
+    CQZDadosPX_Tecnico gravado;
+    if (GetAcessoManutencao()->LeTecnico(static_cast<int32_t>(dados.GetPonteiro()), &gravado, 0) != 0)
+        return PassaErroServico(GetAcessoManutencao()->GetErro());
+    if (ValidaRegistroAtualizado(gravado.GetDmaHmsGravacao(), dados.GetDmaHmsGravacao(), kCampoCodigoNovo)
+            .GetTipoErro() != 0)
+        return *this;
+
+    // For a saved record the tree comes before the fields.
+    auto busca = [&](CQZListaClassificacao* pLista) {
+        CQZDadosPX_FiltroTecnico filtro;
+        filtro.SetPonteiroPai(gravado.GetPonteiro()).SetTodasFiliais(1);
+        return GetAcessoManutencao()->BuscaClassificacaoTecnico(filtro, pLista);
+    };
+    if (PXVerificaArvore(*this, *GetAcessoManutencao(), kRegraArvore, gravado, dados, busca).GetTipoErro() != 0)
+        return *this;
+    return ConsistirTecnico(&dados);
+}
+
+CQZDadosGT_Erro& CPXTrataDadosTecnico::TrataAdicionarDisciplina(CQZDadosPX_Tecnico& dados,
+                                                                CQZDadosPX_TecnicoDisciplina& disciplina,
+                                                                IQZTrataInconsistencia*) {
+    LimpaErro();
+    if (disciplina.GetPonteiroDisciplina() == 0) return SetAviso(QZ_MODULO_PX, 86, kCampoDisciplinas);
+    for (int64_t i = 0; i < dados.GetQuantidadeDisciplina(); ++i)
+        if (dados.GetConstRefDisciplina(i).GetPonteiroDisciplina() == disciplina.GetPonteiroDisciplina())
+            return SetAviso(QZ_MODULO_PX, 87, kCampoDisciplinas);
+    dados.AdicionaDisciplina(disciplina);
+    return *this;
+}
