@@ -15,3 +15,4 @@
 #include "platform/records/PXManutencao.h"
 #include "platform/records/PXLancamentoGastos.h"
 #include "platform/records/GTRecurso.h"
+#include "platform/records/GTUsuarioPermissao.h"
