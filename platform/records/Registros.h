@@ -16,3 +16,4 @@
 #include "platform/records/PXLancamentoGastos.h"
 #include "platform/records/GTRecurso.h"
 #include "platform/records/GTUsuarioPermissao.h"
+#include "platform/records/PXMestre.h"
