@@ -11,7 +11,8 @@ class CPXControlePermissoes : public CPXBaseParaRotinas {
 public:
     // The screen or function asked about. The screens behind the numbers
     // belong to the suite's permission tables; only the groups matter here.
-    enum PXControlePermissao {
+    // Any int is a valid value: hosts may pass numbers this table lacks.
+    enum PXControlePermissao : int {
         PX_PERMISSAO_CONFIGURACAO = 1,
         // Master-data screens.
         PX_PERMISSAO_CADASTRO_2 = 2,
