@@ -55,6 +55,8 @@ struct CQZServicosEmpresa {
     // Run at each initialisation of a routine object (a host opens or checks
     // its store there); its code becomes the initialisation's code.
     std::function<long(const CString& empresa, uint16_t usuario, uint32_t sessao)> conectar;
+    // Store of the company's extra information (platform/QZInfoExtras.h).
+    class IQZArmazemInfoExtras* pInfoExtras = nullptr;
 };
 
 // Company -> data services. Filled by the host before routines start.
