@@ -1,0 +1,514 @@
+#include "host/PXComandos.h"
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <sstream>
+
+#include "host/PXDadosEmbutidos.h"
+#include "host/PXTabelaMensagens.h"
+#include "host/PXTiposHost.h"
+#include "platform/QZCodigosResultado.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr int kSaidaOk = 0;
+constexpr int kSaidaRecusado = 1;
+constexpr int kSaidaErro = 2;
+
+// The program's texts are Windows-1252; the terminal and JSON speak UTF-8.
+std::string Utf8(const std::string& cp1252) { return QZParaUtf8(CString(cp1252)); }
+std::string Utf8(const CString& cp1252) { return QZParaUtf8(cp1252); }
+
+[[noreturn]] void Erro(const std::string& texto, long linha = 0, std::string campo = {}) {
+    throw CPXErroEntrada{texto, linha, std::move(campo)};
+}
+
+// The reason of a store's failure, as its error record tells it.
+std::string TextoServico(const CQZDadosGT_Erro& erro) { return erro.GetMensagem().str(); }
+
+Json Veredito(const CQZDadosGT_Erro& erro) {
+    return Json{{"module", static_cast<int>(erro.GetModulo())},
+                {"message", erro.GetMensagemNumero()},
+                {"field", erro.GetCodigoCampo()},
+                {"item", erro.GetItem()},
+                {"text", Utf8(erro.GetMensagem())}};
+}
+
+std::string VereditoTexto(const CQZDadosGT_Erro& erro) {
+    return "módulo " + std::to_string(static_cast<int>(erro.GetModulo())) + ", mensagem " +
+           std::to_string(erro.GetMensagemNumero()) + ", campo " + std::to_string(erro.GetCodigoCampo()) + ", item " +
+           std::to_string(erro.GetItem()) + ": " + erro.GetMensagem().str();
+}
+
+// Non-blocking inconsistencies a handler reports while it checks a record.
+class CPXInconsistencias : public IQZTrataInconsistencia {
+public:
+    void AdicionaInconsistencia(const CQZDadosGT_Erro& inconsistencia) override { m_lista.push_back(inconsistencia); }
+    const std::vector<CQZDadosGT_Erro>& Lista() const { return m_lista; }
+
+private:
+    std::vector<CQZDadosGT_Erro> m_lista;
+};
+
+// What the command line was given, once parsed.
+struct Opcoes {
+    bool json = false;
+    int esperaMs = CQZArmazemSQL::kEsperaPadraoMs;
+    std::string armazem;
+    std::string arquivo;
+    std::string tipo;
+    std::string chave;
+    std::string empresa = "EMPRESA";
+    int usuario = 1;
+    int tipoPermissao = 0;
+    bool demo = false;
+    bool simulacao = false;
+};
+
+// The output of one command: its human text or its JSON object.
+class Saida {
+public:
+    Saida(const Opcoes& o, const char* comando, std::ostream& saida, std::ostream& erros)
+        : m_json(o.json), m_saida(saida), m_erros(erros), m_obj{{"command", comando}} {}
+    bool Json() const { return m_json; }
+    ::Json& Objeto() { return m_obj; }
+    // A line of human output (Windows-1252 text).
+    void Linha(const std::string& cp1252) {
+        if (!m_json) m_saida << Utf8(cp1252) << '\n';
+    }
+    void LinhaUtf8(const std::string& utf8) {
+        if (!m_json) m_saida << utf8 << '\n';
+    }
+    void Aviso(const std::string& cp1252) {
+        if (!m_json) m_erros << "pxlreg: " << Utf8(cp1252) << '\n';
+    }
+    void Inconsistencias(const CPXInconsistencias& inc) {
+        ::Json lista = ::Json::array();
+        for (const auto& i : inc.Lista()) {
+            lista.push_back(Veredito(i));
+            Aviso("aviso: " + VereditoTexto(i));
+        }
+        m_obj["inconsistencies"] = std::move(lista);
+    }
+    void Conclui() {
+        if (m_json) m_saida << m_obj.dump(-1, ' ', false, ::Json::error_handler_t::replace) << '\n';
+    }
+    int Falha(const CPXErroEntrada& e) {
+        if (m_json) {
+            ::Json erro{{"text", Utf8(e.texto)}};
+            if (e.linha) erro["line"] = e.linha;
+            if (!e.campo.empty()) erro["field"] = e.campo;
+            m_obj["error"] = std::move(erro);
+            Conclui();
+        } else {
+            std::string onde;
+            if (e.linha) onde = "linha " + std::to_string(e.linha);
+            if (!e.campo.empty()) onde += (onde.empty() ? "campo " : ", campo ") + e.campo;
+            m_erros << "pxlreg: erro: " << Utf8(onde.empty() ? e.texto : onde + ": " + e.texto) << '\n';
+        }
+        return kSaidaErro;
+    }
+
+private:
+    bool m_json;
+    std::ostream& m_saida;
+    std::ostream& m_erros;
+    ::Json m_obj;
+};
+
+// A store opened for a command, with its data services registered for the
+// company the routines are initialised with.
+class Sessao {
+public:
+    Sessao(const Opcoes& o, QZModoAbertura modo) : m_armazem(o.armazem, modo, o.esperaMs) {
+        if (!m_armazem.EstaAberto()) Erro(TextoServico(m_armazem.GetErro()));
+        m_host.empresa = CString(o.empresa);
+        m_host.usuario = static_cast<uint16_t>(o.usuario);
+        m_host.sessao = static_cast<uint32_t>(getpid());
+        CQZServicosEmpresa servicos;
+        servicos.pManutencao = &m_armazem;
+        servicos.pGestavo = &m_armazem;
+        CQZRegistroServicos::Registra(m_host.empresa, servicos);
+    }
+    ~Sessao() { CQZRegistroServicos::Remove(m_host.empresa); }
+    Sessao(const Sessao&) = delete;
+    Sessao& operator=(const Sessao&) = delete;
+
+    CQZArmazemSQL& Armazem() { return m_armazem; }
+    const CPXSessaoHost& Host() const { return m_host; }
+
+    // A handler or checker ready for the rules.
+    template <class Rotina>
+    void Inicializa(Rotina& r) {
+        if (r.Inicializa(m_host.empresa, m_host.usuario, m_host.sessao) < 0)
+            Erro("não foi possível inicializar as regras: " + r.GetMensagem().str());
+    }
+
+private:
+    CQZArmazemSQL m_armazem;
+    CPXSessaoHost m_host;
+};
+
+std::string LeEntrada(const std::string& arquivo, std::istream& entrada) {
+    std::stringstream ss;
+    if (arquivo == "-") {
+        ss << entrada.rdbuf();
+    } else {
+        std::ifstream f(arquivo, std::ios::binary);
+        if (!f) Erro("não foi possível ler o arquivo " + arquivo + ".");
+        ss << f.rdbuf();
+    }
+    return ss.str();
+}
+
+const IPXTipoHost& TipoOuErro(const std::string& nome) {
+    if (const IPXTipoHost* t = PXBuscaTipoHost(nome)) return *t;
+    std::string conhecidos;
+    for (const auto& t : PXTiposHost()) conhecidos += std::string(conhecidos.empty() ? "" : ", ") + t->Nome();
+    Erro("tipo de registro desconhecido \"" + nome + "\"; os tipos são: " + conhecidos + ".");
+}
+
+Json ParseJson(std::string_view texto, long linha) {
+    try {
+        return Json::parse(texto.begin(), texto.end());
+    } catch (const Json::parse_error& e) {
+        Erro(std::string("JSON malformado: ") + e.what(), linha);
+    }
+}
+
+// The record of a JSON object, of the type it names or (save) of `tipo`.
+std::unique_ptr<TQZBaseParaDados> Registro(const IPXTipoHost& tipo, const Json& j, long linha) {
+    auto reg = tipo.Novo();
+    try {
+        tipo.DeJson(j, *reg);
+    } catch (const CPXErroJson& e) {
+        Erro(e.what(), linha, e.Campo());
+    }
+    return reg;
+}
+
+// The key a delete names: a position, or a movement key "YYYY-MM/N".
+int64_t ChaveDoArgumento(const IPXTipoHost& tipo, const std::string& texto) {
+    uint64_t v = 0;
+    auto [fim, ec] = std::from_chars(texto.data(), texto.data() + texto.size(), v);
+    if (ec == std::errc() && fim == texto.data() + texto.size() && v > 0 && (!tipo.ChavePorPosicao() || v <= 0xFFFFFFFFu))
+        return static_cast<int64_t>(v);
+    if (!tipo.ChavePorPosicao()) {
+        REG_QZDMC chave;
+        try {
+            pxjson::De(Json(texto), chave, "chave");
+            if (chave.EhValido()) return static_cast<int64_t>(chave.GetValor());
+        } catch (const CPXErroJson&) {
+        }
+    }
+    Erro("chave inválida \"" + texto + "\": esperava a posição do registro (1 a 4294967295)" +
+         (tipo.ChavePorPosicao() ? "" : " ou a chave de movimento AAAA-MM/N") + ".");
+}
+
+// ---- commands ---------------------------------------------------------------
+
+int Init(const Opcoes& o, Saida& s) {
+    if (o.armazem != ":memory:" && access(o.armazem.c_str(), F_OK) == 0)
+        Erro("o armazém " + o.armazem + " já existe.");
+    size_t registros = 0;
+    try {
+        Sessao sessao(o, QZ_ABRE_OU_CRIA);
+        if (o.demo) registros = PXImportaJsonLinhas(sessao.Armazem(), PXTextoDemo());
+    } catch (...) {
+        // Nothing half-made is left behind: the file did not exist.
+        for (const char* sufixo : {"", "-wal", "-shm"}) std::remove((o.armazem + sufixo).c_str());
+        throw;
+    }
+    s.Objeto()["store"] = o.armazem;
+    s.Objeto()["schema"] = CQZArmazemSQL::kVersaoEsquema;
+    s.Objeto()["records"] = registros;
+    s.Linha("armazém criado: " + o.armazem + " (esquema " + std::to_string(CQZArmazemSQL::kVersaoEsquema) + ")");
+    if (o.demo) s.Linha("planta de demonstração: " + std::to_string(registros) + " registros");
+    return kSaidaOk;
+}
+
+int Import(const Opcoes& o, std::istream& entrada, Saida& s) {
+    Sessao sessao(o, QZ_ABRE_EXISTENTE);
+    const std::string texto = LeEntrada(o.arquivo, entrada);
+    size_t registros = PXImportaJsonLinhas(sessao.Armazem(), texto);
+    s.Objeto()["records"] = registros;
+    s.Linha(std::to_string(registros) + " registros importados");
+    return kSaidaOk;
+}
+
+int Export(const Opcoes& o, std::ostream& saida) {
+    std::vector<const IPXTipoHost*> tipos;
+    if (!o.tipo.empty())
+        tipos.push_back(&TipoOuErro(o.tipo));
+    else
+        for (const auto& t : PXTiposHost()) tipos.push_back(t.get());
+    Sessao sessao(o, QZ_ABRE_EXISTENTE);
+    CQZArmazemSQL& a = sessao.Armazem();
+    std::string linhas, falha;
+    // One transaction: the export is one moment of the store.
+    long hr = a.EmTransacao("Exporta", [&]() -> long {
+        for (const IPXTipoHost* t : tipos) {
+            std::vector<int64_t> chaves;
+            if (long r = t->Chaves(a, chaves)) return r;
+            for (int64_t chave : chaves) {
+                auto reg = t->Novo();
+                if (long r = t->Le(a, chave, *reg)) return r;
+                try {
+                    linhas += t->ParaJson(*reg).dump(-1, ' ', false) + '\n';
+                } catch (const CPXErroJson& e) {
+                    falha = std::string(t->Nome()) + " na chave " + std::to_string(chave) + ": " + e.what();
+                    return QZ_E_REGISTRO_INVALIDO;
+                }
+            }
+        }
+        return 0;
+    });
+    if (!falha.empty()) Erro(falha);
+    if (hr != 0) Erro(TextoServico(a.GetErro()));
+    saida << linhas;
+    return kSaidaOk;
+}
+
+int Save(const Opcoes& o, std::istream& entrada, Saida& s) {
+    const IPXTipoHost& tipo = TipoOuErro(o.tipo);
+    Sessao sessao(o, QZ_ABRE_EXISTENTE);
+    CQZArmazemSQL& a = sessao.Armazem();
+    const Json j = ParseJson(LeEntrada(o.arquivo, entrada), 0);
+    auto reg = Registro(tipo, j, 0);
+    auto tratador = tipo.Tratador(*reg);
+    if (!tratador)
+        Erro(std::string("o tipo ") + tipo.Nome() + " não tem regras de gravação: carregue-o com import.");
+    sessao.Inicializa(*tratador);
+
+    CPXInconsistencias inconsistencias;
+    int permitido = 0;
+    bool conflito = false;
+    // The rules and the write in one BEGIN IMMEDIATE transaction: no other
+    // writer acts between the check of the stamp and the write that carries it.
+    long hr = a.EmTransacao("Salva", [&]() -> long {
+        permitido = tratador->TrataGravacao(reg.get(), &inconsistencias);
+        if (!permitido || o.simulacao) return 0;
+        long r = tipo.Grava(a, *reg);
+        conflito = r == QZ_E_REGISTRO_ALTERADO;
+        return r;
+    });
+    if (conflito) {
+        // The stored stamp moved after the rules read it: the record was
+        // changed by someone else.
+        permitido = 0;
+        tratador->SetAviso(QZ_MODULO_PX, 3, 0);
+    } else if (hr != 0) {
+        Erro(TextoServico(a.GetErro()));
+    }
+    s.Inconsistencias(inconsistencias);
+    s.Objeto()["type"] = tipo.Nome();
+    s.Objeto()["allowed"] = permitido != 0;
+    s.Objeto()["written"] = permitido && !o.simulacao;
+    if (!permitido) {
+        s.Objeto().update(Veredito(*tratador));
+        s.Linha("recusado: " + VereditoTexto(*tratador));
+        return kSaidaRecusado;
+    }
+    Json gravado = tipo.ParaJson(*reg);
+    s.Linha(o.simulacao ? "permitido (simulação: nada foi gravado)" : "permitido: gravado");
+    s.LinhaUtf8(gravado.dump(-1, ' ', false, Json::error_handler_t::replace));
+    s.Objeto()["record"] = std::move(gravado);
+    return kSaidaOk;
+}
+
+int Delete(const Opcoes& o, Saida& s) {
+    const IPXTipoHost& tipo = TipoOuErro(o.tipo);
+    const int64_t chave = ChaveDoArgumento(tipo, o.chave);
+    Sessao sessao(o, QZ_ABRE_EXISTENTE);
+    CQZArmazemSQL& a = sessao.Armazem();
+    auto reg = tipo.Novo();
+    std::unique_ptr<CPXTrataDados> tratador;
+    CQZDadosGT_Erro veredito;
+    CPXInconsistencias inconsistencias;
+    bool permitido = false, ausente = false, semRegras = false, conflito = false;
+    long hr = a.EmTransacao("Exclui", [&]() -> long {
+        if (long r = tipo.Le(a, chave, *reg)) {
+            ausente = true;
+            return r;
+        }
+        tratador = tipo.Tratador(*reg);
+        if (!tratador) {
+            semRegras = true;
+            return 0;
+        }
+        sessao.Inicializa(*tratador);
+        if (!tipo.VerificaIntegridade(*reg, sessao.Host(), veredito)) return 0;
+        if (!tratador->TrataExclusao(reg.get(), &inconsistencias)) {
+            veredito = *tratador;
+            return 0;
+        }
+        long r = tipo.Remove(a, *reg);
+        conflito = r == QZ_E_REGISTRO_ALTERADO;
+        permitido = r == 0;
+        return r;
+    });
+    if (semRegras) Erro(std::string("o tipo ") + tipo.Nome() + " não tem regras de exclusão.");
+    if (ausente) Erro(std::string("não há ") + tipo.Nome() + " na chave " + o.chave + ": " + TextoServico(a.GetErro()));
+    if (conflito)
+        veredito.SetAviso(QZ_MODULO_PX, 3, 0);
+    else if (hr != 0)
+        Erro(TextoServico(a.GetErro()));
+    s.Inconsistencias(inconsistencias);
+    s.Objeto()["type"] = tipo.Nome();
+    s.Objeto()["key"] = o.chave;
+    s.Objeto()["allowed"] = permitido;
+    s.Objeto()["written"] = permitido;
+    if (!permitido) {
+        s.Objeto().update(Veredito(veredito));
+        s.Linha("recusado: " + VereditoTexto(veredito));
+        return kSaidaRecusado;
+    }
+    s.Linha(std::string("permitido: ") + tipo.Nome() + " " + o.chave + " excluído");
+    return kSaidaOk;
+}
+
+// The verdicts are rendered with the module's texts while commands run;
+// the process's table is restored when the last running command ends.
+class TabelaDoComando {
+public:
+    TabelaDoComando() {
+        std::lock_guard<std::mutex> trava(s_mutex);
+        if (s_ativos++ == 0) {
+            s_anterior = CQZDadosGT_Erro::GetTabelaMensagens();
+            CQZDadosGT_Erro::DefineTabelaMensagens(&CPXTabelaMensagens::Embutida());
+        }
+    }
+    ~TabelaDoComando() {
+        std::lock_guard<std::mutex> trava(s_mutex);
+        if (--s_ativos == 0) CQZDadosGT_Erro::DefineTabelaMensagens(s_anterior);
+    }
+    TabelaDoComando(const TabelaDoComando&) = delete;
+    TabelaDoComando& operator=(const TabelaDoComando&) = delete;
+
+private:
+    static inline std::mutex s_mutex;
+    static inline int s_ativos = 0;
+    static inline const IQZTabelaMensagens* s_anterior = nullptr;
+};
+
+// CLI11 shows descriptions as given: they go out in UTF-8.
+std::string U(const char* cp1252) { return Utf8(std::string(cp1252)); }
+
+}  // namespace
+
+size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view texto) {
+    struct Linha {
+        const IPXTipoHost* tipo;
+        std::unique_ptr<TQZBaseParaDados> reg;
+        long numero;
+    };
+    std::vector<Linha> linhas;
+    long numero = 0;
+    for (size_t inicio = 0; inicio < texto.size();) {
+        size_t fim = texto.find('\n', inicio);
+        if (fim == std::string_view::npos) fim = texto.size();
+        std::string_view l = texto.substr(inicio, fim - inicio);
+        inicio = fim + 1;
+        ++numero;
+        if (l.find_first_not_of(" \t\r") == std::string_view::npos) continue;
+        Json j = ParseJson(l, numero);
+        if (!j.is_object()) Erro("esperava um objeto JSON", numero);
+        auto t = j.find("type");
+        if (t == j.end() || !t->is_string()) Erro("falta o tipo do registro", numero, "type");
+        const IPXTipoHost* tipo = PXBuscaTipoHost(t->get<std::string>());
+        if (!tipo || t->get<std::string>() != tipo->Nome())
+            Erro("tipo de registro desconhecido \"" + t->get<std::string>() + "\"", numero, "type");
+        linhas.push_back({tipo, Registro(*tipo, j, numero), numero});
+    }
+    long linhaFalha = 0;
+    long hr = armazem.EmTransacao("Importa", [&]() -> long {
+        for (auto& l : linhas) {
+            if (long r = l.tipo->Restaura(armazem, *l.reg)) {
+                linhaFalha = l.numero;
+                return r;
+            }
+        }
+        return 0;
+    });
+    if (hr != 0) Erro(TextoServico(armazem.GetErro()), linhaFalha);
+    return linhas.size();
+}
+
+int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& entrada, std::ostream& saida,
+                   std::ostream& erros) {
+    TabelaDoComando tabela;
+    Opcoes o;
+    CLI::App app{U("pxlreg: as regras do módulo de manutenção sobre um armazém SQLite")};
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.add_flag("--json", o.json, U("saída em JSON, um objeto por comando"));
+    app.add_option("--wait", o.esperaMs, U("quanto uma gravação espera por outra, em milissegundos"))
+        ->check(CLI::Range(0, 600000));
+
+    auto* init = app.add_subcommand("init", U("cria um armazém"));
+    init->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
+    init->add_flag("--demo", o.demo, U("preenche uma planta de demonstração"));
+
+    auto* import = app.add_subcommand("import", U("importa registros em JSON Lines: todos ou nenhum"));
+    import->add_option("STORE", o.armazem)->required();
+    import->add_option("FILE", o.arquivo, U("arquivo JSON Lines, ou - para a entrada padrão"))->required();
+
+    auto* exporta = app.add_subcommand("export", U("exporta os registros em JSON Lines"));
+    exporta->add_option("STORE", o.armazem)->required();
+    exporta->add_option("--type", o.tipo, U("só os registros deste tipo"));
+
+    auto* save = app.add_subcommand("save", U("grava um registro se as regras permitirem"));
+    save->add_option("STORE", o.armazem)->required();
+    save->add_option("TYPE", o.tipo, U("tipo do registro, como CQZDadosPX_Prioridade ou Prioridade"))->required();
+    save->add_option("FILE", o.arquivo, U("o registro em JSON, ou - para a entrada padrão"))->required();
+    save->add_option("--company", o.empresa, U("empresa da sessão"));
+    save->add_option("--user", o.usuario, U("código do usuário da sessão"))->check(CLI::Range(0, 65535));
+    save->add_flag("--dry-run", o.simulacao, U("só consulta as regras, sem gravar"));
+
+    auto* del = app.add_subcommand("delete", U("exclui um registro se as regras permitirem"));
+    del->add_option("STORE", o.armazem)->required();
+    del->add_option("TYPE", o.tipo)->required();
+    del->add_option("POSITION", o.chave, U("posição do registro (ou chave AAAA-MM/N de um movimento)"))->required();
+    del->add_option("--company", o.empresa, U("empresa da sessão"));
+    del->add_option("--user", o.usuario, U("código do usuário da sessão"))->check(CLI::Range(0, 65535));
+
+    std::vector<const char*> argv;
+    for (const auto& a : argumentos) argv.push_back(a.c_str());
+    try {
+        app.parse(static_cast<int>(argv.size()), argv.data());
+    } catch (const CLI::ParseError& e) {
+        int codigo = app.exit(e, saida, erros);
+        return codigo == 0 ? kSaidaOk : kSaidaErro;
+    }
+
+    const char* comando = app.get_subcommands().front()->get_name().c_str();
+    Saida s(o, comando, saida, erros);
+    try {
+        int codigo = kSaidaErro;
+        if (init->parsed())
+            codigo = Init(o, s);
+        else if (import->parsed())
+            codigo = Import(o, entrada, s);
+        else if (exporta->parsed())
+            return Export(o, saida);
+        else if (save->parsed())
+            codigo = Save(o, entrada, s);
+        else if (del->parsed())
+            codigo = Delete(o, s);
+        s.Conclui();
+        return codigo;
+    } catch (const CPXErroEntrada& e) {
+        return s.Falha(e);
+    } catch (const std::exception& e) {
+        return s.Falha(CPXErroEntrada{std::string("falha inesperada: ") + e.what(), 0, {}});
+    }
+}

@@ -1,0 +1,30 @@
+// The pxlreg command line: init, import, export, save, delete and
+// permissions, each with --json. main.cpp hands it the process's arguments
+// and streams; tests hand it their own.
+//
+// Exit status: 0 done (or allowed), 1 refused by the rules (the verdict is
+// printed), 2 bad input, a store that cannot be used, or a usage error.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class CQZArmazemSQL;
+
+int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& entrada, std::ostream& saida,
+                   std::ostream& erros);
+
+// Loads JSON Lines records into the store in one transaction: every line
+// or none. Returns the number of records; on bad input throws
+// CPXErroEntrada naming the line and the field.
+size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view textoUtf8);
+
+// Bad input or an unusable store, in Windows-1252 text; `linha` and `campo`
+// locate it in the input when known.
+struct CPXErroEntrada {
+    std::string texto;
+    long linha = 0;
+    std::string campo;
+};

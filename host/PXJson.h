@@ -1,0 +1,212 @@
+// JSON form of the declared records, walked from their field lists
+// (VisitaCampos), for the command line's import, export and save:
+//
+//   {"type": "CQZDadosPX_Prioridade", "Posicao": 3, "Codigo": "URG", ...}
+//
+// Fields are named as their accessors without "Get"; a list is an array of
+// objects; "Posicao" is present on records keyed by position. The forms of
+// the values (README.md, "JSON record format"):
+//   integers             JSON integers, checked against the field's range
+//   text                 JSON strings; UTF-8 here, Windows-1252 in the record
+//   currency (CQZMoeda)  exact decimal text with four decimals: "12.5000"
+//                        (a JSON integer is accepted on input)
+//   date                 "YYYY-MM-DD"; "" when empty
+//   month and year       "YYYY-MM"; "" when empty
+//   stamp                "YYYY-MM-DDTHH:MM:SS+HH:MM" (the stored local time
+//                        and its UTC offset); "" when empty
+//   movement key         "YYYY-MM/N" (the month file and the number in it,
+//                        0 = not numbered yet); "" when empty
+//   product key          {"Produto": 12, "Grade1": 0, "Grade2": 0, "Grade3": 0}
+// A date, month, stamp or movement key with no calendar form (an invalid
+// value kept in a record) is written as its packed integer, and read back
+// from it, so an export always imports back to the same record.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <limits>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "platform/QZRegistro.h"
+
+// Bad input for a record: the field (a path such as "Disciplina[2].PonteiroDisciplina")
+// and why. The reason is Windows-1252 text, like every text of the library.
+class CPXErroJson : public std::runtime_error {
+public:
+    CPXErroJson(std::string campo, const std::string& motivo) : std::runtime_error(motivo), m_campo(std::move(campo)) {}
+    const std::string& Campo() const { return m_campo; }
+
+private:
+    std::string m_campo;
+};
+
+namespace pxjson {
+
+using Json = nlohmann::ordered_json;
+
+// Value forms (PXJson.cpp). Each De* throws CPXErroJson naming `campo`.
+Json Texto(const CString& v);
+void De(const Json& j, CString& v, const std::string& campo);
+Json Moeda(const CQZMoeda& v);
+void De(const Json& j, CQZMoeda& v, const std::string& campo);
+Json Data(const REG_QZDMA& v);
+void De(const Json& j, REG_QZDMA& v, const std::string& campo);
+Json MesAno(const REG_QZMA& v);
+void De(const Json& j, REG_QZMA& v, const std::string& campo);
+Json Carimbo(const REG_QZDMAHMSUTC& v);
+void De(const Json& j, REG_QZDMAHMSUTC& v, const std::string& campo);
+Json ChaveMovimento(const REG_QZDMC& v);
+void De(const Json& j, REG_QZDMC& v, const std::string& campo);
+Json ChaveProduto(const _REG_POSICAO_PRODUTOPS& v);
+void De(const Json& j, _REG_POSICAO_PRODUTOPS& v, const std::string& campo);
+// Integers of any width, checked against [minimo, maximo].
+int64_t Inteiro(const Json& j, int64_t minimo, uint64_t maximo, const std::string& campo, uint64_t* semSinal);
+[[noreturn]] void Falha(const std::string& campo, const std::string& motivo);
+void ExigeObjeto(const Json& j, const std::string& campo);
+
+template <class T>
+Json Valor(const T& v);
+template <class T>
+void DeValor(const Json& j, T& v, const std::string& campo);
+
+struct Escritor {
+    Json& obj;
+    template <class T>
+    void Campo(const char* nome, const T& v, unsigned) {
+        obj[nome] = Valor(v);
+    }
+    template <class E>
+    void Lista(const char* nome, const std::vector<E>& l) {
+        Json a = Json::array();
+        for (const E& e : l) a.push_back(Valor(e));
+        obj[nome] = std::move(a);
+    }
+};
+
+struct Leitor {
+    const Json& obj;
+    std::string prefixo;
+    std::set<std::string> lidos;
+    template <class T>
+    void Campo(const char* nome, T& v, unsigned) {
+        lidos.insert(nome);
+        if (auto it = obj.find(nome); it != obj.end()) DeValor(*it, v, prefixo + nome);
+    }
+    template <class E>
+    void Lista(const char* nome, std::vector<E>& l) {
+        lidos.insert(nome);
+        l.clear();
+        auto it = obj.find(nome);
+        if (it == obj.end()) return;
+        const std::string campo = prefixo + nome;
+        if (!it->is_array()) Falha(campo, "esperava uma lista (array JSON)");
+        for (size_t i = 0; i < it->size(); ++i) {
+            E e;
+            DeValor((*it)[i], e, campo + "[" + std::to_string(i) + "]");
+            l.push_back(std::move(e));
+        }
+    }
+    // Every member of the object must be a field of the record.
+    void ConfereDesconhecidos(const std::set<std::string>& aceitos = {}) const {
+        for (auto it = obj.begin(); it != obj.end(); ++it)
+            if (!lidos.count(it.key()) && !aceitos.count(it.key())) Falha(prefixo + it.key(), "campo desconhecido");
+    }
+};
+
+// A record inside a record (list elements, nested records): its fields only.
+template <class R>
+Json Campos(const R& r) {
+    Json obj = Json::object();
+    Escritor e{obj};
+    r.VisitaCampos(e);
+    return obj;
+}
+
+template <class R>
+void DeCampos(const Json& j, R& r, const std::string& campo, const std::set<std::string>& aceitos = {}) {
+    ExigeObjeto(j, campo);
+    Leitor l{j, campo.empty() ? std::string() : campo + ".", {}};
+    r.VisitaCampos(l);
+    l.ConfereDesconhecidos(aceitos);
+}
+
+template <class T>
+Json Valor(const T& v) {
+    if constexpr (std::is_same_v<T, bool>)
+        return v;
+    else if constexpr (std::is_integral_v<T>)
+        return v;
+    else if constexpr (std::is_same_v<T, CString>)
+        return Texto(v);
+    else if constexpr (std::is_same_v<T, CQZMoeda>)
+        return Moeda(v);
+    else if constexpr (std::is_same_v<T, REG_QZDMA>)
+        return Data(v);
+    else if constexpr (std::is_same_v<T, REG_QZMA>)
+        return MesAno(v);
+    else if constexpr (std::is_same_v<T, REG_QZDMAHMSUTC>)
+        return Carimbo(v);
+    else if constexpr (std::is_same_v<T, REG_QZDMC>)
+        return ChaveMovimento(v);
+    else if constexpr (std::is_same_v<T, _REG_POSICAO_PRODUTOPS>)
+        return ChaveProduto(v);
+    else
+        return Campos(v);
+}
+
+template <class T>
+void DeValor(const Json& j, T& v, const std::string& campo) {
+    if constexpr (std::is_same_v<T, bool>) {
+        if (!j.is_boolean()) Falha(campo, "esperava true ou false");
+        v = j.get<bool>();
+    } else if constexpr (std::is_integral_v<T>) {
+        uint64_t semSinal = 0;
+        int64_t valor = Inteiro(j, static_cast<int64_t>(std::numeric_limits<T>::min()),
+                                static_cast<uint64_t>(std::numeric_limits<T>::max()), campo, &semSinal);
+        v = std::is_signed_v<T> ? static_cast<T>(valor) : static_cast<T>(semSinal);
+    } else if constexpr (std::is_same_v<T, CString> || std::is_same_v<T, CQZMoeda> || std::is_same_v<T, REG_QZDMA> ||
+                         std::is_same_v<T, REG_QZMA> || std::is_same_v<T, REG_QZDMAHMSUTC> ||
+                         std::is_same_v<T, REG_QZDMC> || std::is_same_v<T, _REG_POSICAO_PRODUTOPS>) {
+        De(j, v, campo);
+    } else {
+        DeCampos(j, v, campo);
+    }
+}
+
+}  // namespace pxjson
+
+// The JSON object of a record, with its type and (for records keyed by
+// position) its position.
+template <class R>
+nlohmann::ordered_json PXRegistroParaJson(const R& r) {
+    pxjson::Json obj = pxjson::Json::object();
+    obj["type"] = R::kNomeTipo;
+    if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_POSICAO) obj["Posicao"] = r.GetPosicao();
+    pxjson::Escritor e{obj};
+    r.VisitaCampos(e);
+    return obj;
+}
+
+// Fills a record from its JSON object. Missing fields keep their empty
+// value; "type", when present, must name the record. Throws CPXErroJson.
+template <class R>
+void PXRegistroDeJson(const nlohmann::ordered_json& j, R& r) {
+    r = R();
+    pxjson::ExigeObjeto(j, "");
+    if (auto it = j.find("type"); it != j.end() && (!it->is_string() || it->get<std::string>() != R::kNomeTipo))
+        pxjson::Falha("type", std::string("esperava \"") + R::kNomeTipo + "\"");
+    std::set<std::string> aceitos{"type"};
+    if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_POSICAO) {
+        aceitos.insert("Posicao");
+        if (auto it = j.find("Posicao"); it != j.end()) {
+            uint32_t posicao = 0;
+            pxjson::DeValor(*it, posicao, "Posicao");
+            r.SetPosicao(posicao);
+        }
+    }
+    pxjson::DeCampos(j, r, "", aceitos);
+}
