@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <fstream>
 #include <iostream>
@@ -14,6 +15,7 @@
 #include "host/PXDadosEmbutidos.h"
 #include "host/PXTabelaMensagens.h"
 #include "host/PXTiposHost.h"
+#include "permissions/PXControlePermissoes.h"
 #include "platform/QZCodigosResultado.h"
 
 namespace {
@@ -376,6 +378,35 @@ int Delete(const Opcoes& o, Saida& s) {
     return kSaidaOk;
 }
 
+int Permissions(const Opcoes& o, Saida& s) {
+    Sessao sessao(o, QZ_ABRE_EXISTENTE);
+    CPXControlePermissoes controle;
+    sessao.Inicializa(controle);
+    CPXDadosPermissaoUsuario dados;
+    const int alguma =
+        controle.GetPermissoes(static_cast<CPXControlePermissoes::PXControlePermissao>(o.tipoPermissao), &dados);
+    // The thirteen flags by their action names (TemPermissaoIncluir -> Incluir).
+    Json flags = Json::object();
+    const Json campos = pxjson::Campos(dados);
+    for (auto it = campos.begin(); it != campos.end(); ++it)
+        flags[it.key().substr(std::string("TemPermissao").size())] = it.value().get<int>() != 0;
+    s.Objeto()["user"] = o.usuario;
+    s.Objeto()["kind"] = o.tipoPermissao;
+    s.Objeto()["any"] = alguma != 0;
+    s.Objeto()["flags"] = flags;
+    s.Linha("usuário " + std::to_string(o.usuario) + ", tipo " + std::to_string(o.tipoPermissao) + ": " +
+            (alguma ? "com permissão" : "sem permissão"));
+    for (auto it = flags.begin(); it != flags.end(); ++it)
+        s.Linha("  " + it.key() + std::string(24 - std::min<size_t>(it.key().size(), 23), ' ') +
+                (it.value().get<bool>() ? "1" : "0"));
+    if (!controle.EhErroNenhum()) {
+        // A permission record that could not be read denies what it would grant.
+        s.Objeto()["service_error"] = Veredito(controle);
+        s.Aviso("aviso: " + VereditoTexto(controle));
+    }
+    return kSaidaOk;
+}
+
 // The verdicts are rendered with the module's texts while commands run;
 // the process's table is restored when the last running command ends.
 class TabelaDoComando {
@@ -481,6 +512,12 @@ int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& ent
     del->add_option("--company", o.empresa, U("empresa da sessão"));
     del->add_option("--user", o.usuario, U("código do usuário da sessão"))->check(CLI::Range(0, 65535));
 
+    auto* perm = app.add_subcommand("permissions", U("as treze permissões de um usuário em uma tela ou função"));
+    perm->add_option("STORE", o.armazem)->required();
+    perm->add_option("KIND", o.tipoPermissao, U("a tela ou função (1 a 29)"))->required();
+    perm->add_option("--user", o.usuario, U("código do usuário"))->required()->check(CLI::Range(0, 65535));
+    perm->add_option("--company", o.empresa, U("empresa da sessão"));
+
     std::vector<const char*> argv;
     for (const auto& a : argumentos) argv.push_back(a.c_str());
     try {
@@ -504,6 +541,8 @@ int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& ent
             codigo = Save(o, entrada, s);
         else if (del->parsed())
             codigo = Delete(o, s);
+        else if (perm->parsed())
+            codigo = Permissions(o, s);
         s.Conclui();
         return codigo;
     } catch (const CPXErroEntrada& e) {

@@ -1,7 +1,14 @@
 #include "host/PXTiposHost.h"
 
+#include "integrity/PXControleIntegridade.h"
 #include "platform/records/Registros.h"
+#include "rules/PXTrataDadosDisciplina.h"
+#include "rules/PXTrataDadosMestre.h"
 #include "rules/PXTrataDadosPrioridade.h"
+#include "rules/PXTrataDadosSituacaoManutencao.h"
+#include "rules/PXTrataDadosSituacaoTarefa.h"
+#include "rules/PXTrataDadosTecnico.h"
+#include "rules/PXTrataDadosTipoGasto.h"
 
 namespace {
 
@@ -13,17 +20,55 @@ CPXTipoHost<R>& Tipo(std::vector<std::unique_ptr<IPXTipoHost>>& tipos) {
     return ref;
 }
 
+using Controle = CPXControleIntegridade;
+
+// The integrity check of a kind of register, run for the record's position.
+auto Integridade(Controle::RegistroControleIntegridade tipo) {
+    return [tipo](const auto& r, const CPXSessaoHost& s, CQZDadosGT_Erro& veredito) {
+        CPXControleIntegridade controle;
+        if (controle.Inicializa(s.empresa, s.usuario, s.sessao) < 0 ||
+            !controle.VerificaRelacionamentoPonteiro(tipo, r.GetPosicao())) {
+            veredito = controle;
+            return false;
+        }
+        return true;
+    };
+}
+
+// One record class, two registers: type 2 are task situations; every other
+// type goes to the maintenance-situation rules, which refuse it.
+std::unique_ptr<CPXTrataDados> TratadorSituacao(const CQZDadosPX_Situacao& s) {
+    if (s.GetTipo() == 2) return std::make_unique<CPXTrataDadosSituacaoTarefa>();
+    return std::make_unique<CPXTrataDadosSituacaoManutencao>();
+}
+
+// Only maintenance situations are referred to by orders.
+bool IntegridadeSituacao(const CQZDadosPX_Situacao& s, const CPXSessaoHost& sessao, CQZDadosGT_Erro& veredito) {
+    if (s.GetTipo() != 1) return true;
+    return Integridade(Controle::SITUACAO_MANUTENCAO)(s, sessao, veredito);
+}
+
 std::vector<std::unique_ptr<IPXTipoHost>> MontaTipos() {
     std::vector<std::unique_ptr<IPXTipoHost>> t;
     // Enterprise records: loaded by import, read by the rules.
     Tipo<CQZDadosGT_Filial>(t);
     Tipo<CQZDadosGT_PeriodoContabil>(t);
     Tipo<CQZDadosGT_Usuario>(t);
+    Tipo<CQZDadosGT_UsuarioPermissao>(t);
     Tipo<CQZDadosGT_ProdutoEx>(t);
     Tipo<CQZDadosGT_Servico>(t);
-    // The module's registers, with their handlers.
+    Tipo<CQZDadosGT_Recurso>(t);
+    // The module's registers, with their handlers and integrity checks.
+    Tipo<CQZDadosPX_Mestre>(t).Com<CPXTrataDadosMestre>();
     Tipo<CQZDadosPX_Prioridade>(t).Com<CPXTrataDadosPrioridade>();
-    Tipo<CQZDadosPX_Situacao>(t);
+    Tipo<CQZDadosPX_Situacao>(t).ComTratadorPor(TratadorSituacao).ComIntegridade(IntegridadeSituacao);
+    Tipo<CQZDadosPX_Disciplina>(t).Com<CPXTrataDadosDisciplina>().ComIntegridade(Integridade(Controle::DISCIPLINA));
+    Tipo<CQZDadosPX_TipoGasto>(t).Com<CPXTrataDadosTipoGasto>().ComIntegridade(Integridade(Controle::TIPO_GASTO));
+    Tipo<CQZDadosPX_Tecnico>(t).Com<CPXTrataDadosTecnico>().ComIntegridade(Integridade(Controle::TECNICO));
+    Tipo<CQZDadosPX_Plano>(t);
+    // Movements.
+    Tipo<CQZDadosPX_Manutencao>(t);
+    Tipo<CQZDadosPX_LancamentoGastos>(t);
     return t;
 }
 

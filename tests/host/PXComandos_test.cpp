@@ -260,12 +260,38 @@ TEST_F(PXComandosTest, EveryDemoRecordPassesItsOwnRules) {
     EXPECT_GT(verificados, 0);
 }
 
-TEST_F(PXComandosTest, DeleteAsksTheRulesAndKeepsARefusedRecord) {
+TEST_F(PXComandosTest, DeleteAsksTheIntegrityCheckThenTheRulesAndKeepsARefusedRecord) {
     CriaDemo();
     auto r = Roda({"--json", "delete", m_arquivo, "Prioridade", "2"});
     EXPECT_EQ(r.codigo, 1);
     EXPECT_EQ(r.json()["message"], 162);  // priorities are not deleted through their handler
     EXPECT_EQ(Prioridade(2)["Codigo"], "URG");
+
+    // Technician T001 is named by an order of the demo plant.
+    r = Roda({"--json", "delete", m_arquivo, "Tecnico", "2"});
+    EXPECT_EQ(r.codigo, 1);
+    EXPECT_EQ(r.json()["module"], 28);
+    EXPECT_EQ(r.json()["text"], U8(u8"A manutenção 03/2026-000001 é dependente do técnico T001 João Pereira"));
+    // A task situation has no integrity check: the handler's default refuses.
+    r = Roda({"--json", "delete", m_arquivo, "Situacao", "9"});
+    EXPECT_EQ(r.json()["message"], 162);
+    EXPECT_NE(Roda({"export", m_arquivo, "--type", "Tecnico"}).saida.find("\"Posicao\":2,"), std::string::npos);
+}
+
+TEST_F(PXComandosTest, PermissionsPrintTheThirteenFlags) {
+    CriaDemo();
+    auto r = Roda({"--json", "permissions", m_arquivo, "--user", "7", "2"});
+    ASSERT_EQ(r.codigo, 0) << r.saida << r.erros;
+    Json flags = r.json()["flags"];
+    EXPECT_EQ(flags.size(), 13u);
+    EXPECT_EQ(r.json()["any"], true);
+    for (const char* f : {"Incluir", "Alterar", "Consultar"}) EXPECT_EQ(flags[f], true) << f;
+    for (const char* f : {"Configurar", "Excluir", "AlterarItemInfDocFical"}) EXPECT_EQ(flags[f], false) << f;
+    r = Roda({"--json", "permissions", m_arquivo, "--user", "8", "13"});
+    EXPECT_EQ(r.json()["any"], false);
+    r = Roda({"permissions", m_arquivo, "--user", "1", "29"});  // the supervisor
+    EXPECT_NE(r.saida.find("AlterarItemInfDocFical  1"), std::string::npos) << r.saida;
+    EXPECT_EQ(Roda({"permissions", m_arquivo, "2"}).codigo, 2);  // --user is required
 }
 
 TEST_F(PXComandosTest, OfTwoWritersRacingOnOneRecordExactlyOneWins) {
