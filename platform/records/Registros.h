@@ -17,3 +17,5 @@
 #include "platform/records/GTRecurso.h"
 #include "platform/records/GTUsuarioPermissao.h"
 #include "platform/records/PXMestre.h"
+#include "platform/records/PXTarefa.h"
+#include "platform/records/PXCamposPersonalizados.h"
