@@ -1,0 +1,33 @@
+// Rules of tasks: the record's own checks (with the normalisation of groups),
+// the tree checks of a saved task, and the check of a component line before
+// it enters one of the task's lists. Deletion is guarded by
+// CPXControleIntegridade.
+#pragma once
+
+#include <vector>
+
+#include "rules/PXTrataDadosArvore.h"
+
+class CPXTrataDadosTarefa : public CPXTrataDadosArvore {
+public:
+    explicit CPXTrataDadosTarefa(bool bInterfaceUsuario = false) : CPXTrataDadosArvore(bInterfaceUsuario) {}
+    CPXTrataDadosTarefa(const CPXTrataDadosTarefa&) = default;
+    CPXTrataDadosTarefa& operator=(const CPXTrataDadosTarefa&) = default;
+    ~CPXTrataDadosTarefa() override { Finaliza(); }
+
+    // Checks a line about to enter `lista`, the list of its kind. `index` is
+    // the line's own place when it is changed (that place is skipped in the
+    // search for a repeated product), any value outside the list when it is
+    // added. The line and the list are not changed.
+    CQZDadosGT_Erro& TrataIncluirAlterarComponente(CQZDadosPX_TarefaComponente* pComponente,
+                                                   const std::vector<CQZDadosPX_TarefaComponente>& lista,
+                                                   int64_t index);
+
+protected:
+    // Validates a working copy, written back (trimmed, a group normalised)
+    // only when the task passes.
+    CQZDadosGT_Erro& OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia) override;
+
+private:
+    CQZDadosGT_Erro& ConsistirTarefa(CQZDadosPX_Tarefa* pDados, IQZTrataInconsistencia* pInconsistencia);
+};
