@@ -128,7 +128,20 @@ CQZArmazemSQL::CQZArmazemSQL(const std::string& caminho, QZModoAbertura modo, in
 
 CQZArmazemSQL::~CQZArmazemSQL() {
     for (auto& [sql, st] : m_stmts) sqlite3_finalize(st);
-    if (m_db) sqlite3_close(m_db);
+    if (m_db) {
+        // What SQLite advises before closing: refresh statistics that drifted.
+        sqlite3_exec(m_db, "PRAGMA optimize", nullptr, nullptr, nullptr);
+        sqlite3_close(m_db);
+    }
+}
+
+void CQZArmazemSQL::AtualizaEstatisticas() {
+    // Without statistics the planner takes any index of an equality, and a
+    // flag's index (Inativo = 0) reads nearly the whole table where a user's
+    // or a code's reads one row. The statements are prepared anew to use them.
+    Executa("ANALYZE");
+    for (auto& [sql, st] : m_stmts) sqlite3_finalize(st);
+    m_stmts.clear();
 }
 
 void CQZArmazemSQL::DefineTempoEspera(int ms) {
@@ -181,6 +194,8 @@ void CQZArmazemSQL::Inicia(QZModoAbertura modo) {
     Executa("PRAGMA journal_mode = WAL");
     // A committed save survives a power failure too.
     Executa("PRAGMA synchronous = FULL");
+    // Statistics from a sample of each index: cheap on large tables.
+    Executa("PRAGMA analysis_limit = 1000");
 
     const auto tabelas = TabelasDeclaradas();
     std::vector<std::string> ddl;

@@ -182,6 +182,9 @@ public:
     // Version of the layout this program writes (QZ_Esquema).
     static constexpr int kVersaoEsquema = 1;
     static constexpr int kEsperaPadraoMs = 5000;
+    // A transaction that writes this many rows refreshes the statistics the
+    // query planner chooses indexes by.
+    static constexpr int64_t kLinhasParaEstatisticas = 1000;
 
     // ":memory:" opens a private in-memory store; any other path a file.
     // Check EstaAberto / GetErro afterwards.
@@ -282,6 +285,7 @@ private:
     void PlanoTabela(const qzsql::Tabela& t, const std::string& tabelaPai, std::vector<std::string>& ddl);
     void ReconciliaTabela(const qzsql::Tabela& t);
     void LimpaCache() { m_cache.clear(); }
+    void AtualizaEstatisticas();
     void VerificaVersaoDados();
     int64_t ProximaChave(const qzsql::Tabela& t);
     int64_t ProximoNumeroMes(const qzsql::Tabela& t, const REG_QZMA& ma);

@@ -71,25 +71,28 @@ long CQZArmazemSQL::EmTransacao(const char* operacao, F&& fn) {
     return Despacha(operacao, [&]() -> long {
         if (m_nivelTransacao > 0) return fn();
         Executa("BEGIN IMMEDIATE");
-        ++m_nivelTransacao;
+        const int64_t linhasAntes = sqlite3_total_changes64(m_db);
+        m_nivelTransacao = 1;
+        long hr = 0;
         try {
-            long hr = fn();
-            --m_nivelTransacao;
-            if (hr == 0) {
-                Executa("COMMIT");
-            } else {
-                Executa("ROLLBACK");
-                m_tabelasCriadas.clear();  // a table made inside the transaction is gone
-            }
-            LimpaCache();
-            return hr;
+            hr = fn();
+            if (hr == 0) Executa("COMMIT");
         } catch (...) {
-            --m_nivelTransacao;
+            m_nivelTransacao = 0;
             sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
-            m_tabelasCriadas.clear();
+            m_tabelasCriadas.clear();  // a table made inside the transaction is gone
             LimpaCache();
             throw;
         }
+        m_nivelTransacao = 0;
+        if (hr != 0) {
+            Executa("ROLLBACK");
+            m_tabelasCriadas.clear();
+        } else if (sqlite3_total_changes64(m_db) - linhasAntes >= kLinhasParaEstatisticas) {
+            AtualizaEstatisticas();
+        }
+        LimpaCache();
+        return hr;
     });
 }
 

@@ -133,3 +133,28 @@ TEST(QZPlanoConsultaTest, AnUnindexedSearchIsSeen) {
     EXPECT_TRUE(CQZArmazemSQL::VarredurasCompletas({"SCAN qz_sub", "SEARCH t USING INDEX ix (PonteiroPai=?)"}).empty());
     EXPECT_EQ(CQZArmazemSQL::VarredurasCompletas({"SCAN t USING COVERING INDEX ix_x"}).size(), 1u);
 }
+
+TEST(QZPlanoConsultaTest, AfterABulkLoadSearchesTakeTheSelectiveIndex) {
+    // Every technician active and a leaf: the indexes of those flags match
+    // all rows, the user's matches one. Statistics taken after the load tell.
+    CQZArmazemSQL armazem(":memory:");
+    ASSERT_EQ(0, armazem.EmTransacao("Carga", [&]() -> long {
+        for (int i = 1; i <= 2 * CQZArmazemSQL::kLinhasParaEstatisticas; ++i) {
+            CQZDadosPX_Tecnico t;
+            t.SetCodigo(CString::Formatado("T%05d", i)).SetTipoClassificacao(1);
+            t.SetPonteiroFilial(static_cast<uint16_t>(i % 3 + 1)).SetPonteiroUsuario(static_cast<uint16_t>(i));
+            if (long hr = armazem.Insere(t)) return hr;
+        }
+        return 0;
+    }));
+    CQZDadosPX_FiltroTecnico filtro;
+    filtro.SetValorUnicoFilial(3).SetPonteiroUsuario(77).SetAtivo(1).SetTipoClassificacaoAnalitico(1);
+    std::vector<std::string> plano;
+    ASSERT_EQ(0, armazem.PlanoBusca(filtro, false, plano));
+    ASSERT_EQ(plano.size(), 1u) << ::testing::PrintToString(plano);
+    EXPECT_NE(plano[0].find("PonteiroUsuario"), std::string::npos) << plano[0];
+    CQZArray_deprecated<uint32_t> achados;
+    ASSERT_EQ(0, armazem.BuscaPonteirosTecnico(filtro, achados));
+    ASSERT_EQ(achados.GetSize(), 1);
+    EXPECT_EQ(achados[0], 77u);
+}
