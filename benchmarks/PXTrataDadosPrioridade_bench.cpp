@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -80,9 +81,14 @@ public:
     }
 
     static Planta& De(bool arquivo, Tipo tipo, int64_t n) {
-        static std::map<std::tuple<bool, Tipo, int64_t>, std::unique_ptr<Planta>> plantas;
-        auto& p = plantas[{arquivo, tipo, n}];
-        if (!p) p = std::make_unique<Planta>(arquivo, tipo, n);
+        using Plantas = std::map<std::tuple<bool, Tipo, int64_t>, std::unique_ptr<Planta>>;
+        static Plantas* plantas = new Plantas;
+        auto& p = (*plantas)[{arquivo, tipo, n}];
+        if (!p) {
+            p = std::make_unique<Planta>(arquivo, tipo, n);
+            // Released at exit before the service registry the plants are in.
+            [[maybe_unused]] static const bool liberacao = (std::atexit([] { plantas->clear(); }), true);
+        }
         return *p;
     }
 

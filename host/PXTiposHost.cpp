@@ -2,11 +2,14 @@
 
 #include "integrity/PXControleIntegridade.h"
 #include "platform/records/Registros.h"
+#include "rules/PXTrataDadosCamposPersonalizados.h"
 #include "rules/PXTrataDadosDisciplina.h"
 #include "rules/PXTrataDadosMestre.h"
+#include "rules/PXTrataDadosPlano.h"
 #include "rules/PXTrataDadosPrioridade.h"
 #include "rules/PXTrataDadosSituacaoManutencao.h"
 #include "rules/PXTrataDadosSituacaoTarefa.h"
+#include "rules/PXTrataDadosTarefa.h"
 #include "rules/PXTrataDadosTecnico.h"
 #include "rules/PXTrataDadosTipoGasto.h"
 
@@ -65,7 +68,9 @@ std::vector<std::unique_ptr<IPXTipoHost>> MontaTipos() {
     Tipo<CQZDadosPX_Disciplina>(t).Com<CPXTrataDadosDisciplina>().ComIntegridade(Integridade(Controle::DISCIPLINA));
     Tipo<CQZDadosPX_TipoGasto>(t).Com<CPXTrataDadosTipoGasto>().ComIntegridade(Integridade(Controle::TIPO_GASTO));
     Tipo<CQZDadosPX_Tecnico>(t).Com<CPXTrataDadosTecnico>().ComIntegridade(Integridade(Controle::TECNICO));
-    Tipo<CQZDadosPX_Plano>(t);
+    Tipo<CQZDadosPX_CamposPersonalizados>(t).Com<CPXTrataDadosCamposPersonalizados>();
+    Tipo<CQZDadosPX_Tarefa>(t).Com<CPXTrataDadosTarefa>();
+    Tipo<CQZDadosPX_Plano>(t).Com<CPXTrataDadosPlano>().ComIntegridade(Integridade(Controle::PLANO));
     // Movements.
     Tipo<CQZDadosPX_Manutencao>(t);
     Tipo<CQZDadosPX_LancamentoGastos>(t);

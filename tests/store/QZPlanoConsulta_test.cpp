@@ -33,12 +33,18 @@ private:
 
 template <class T>
 T ValorRepresentativo() {
-    if constexpr (std::is_same_v<T, CString>)
+    if constexpr (std::is_same_v<T, CString>) {
         return CString("A");
-    else if constexpr (std::is_integral_v<T>)
+    } else if constexpr (std::is_integral_v<T>) {
         return T{1};
-    else
-        return T{};
+    } else {
+        // A criterion that is itself a filter part (the classification of
+        // tree filters): the settings it offers.
+        T v{};
+        if constexpr (requires { v.SetPonteiroInicial(1u); }) v.SetPonteiroInicial(1u);
+        if constexpr (requires { v.SetApenasAnalitico(uint8_t{1}); }) v.SetApenasAnalitico(uint8_t{1});
+        return v;
+    }
 }
 
 // Sets criterion number `alvo` of a filter (every criterion when alvo < 0).
