@@ -18,23 +18,14 @@ public:
     virtual ~CQZAcessoManutencao() = default;
     virtual const CQZDadosGT_Erro& GetErro() const = 0;
 
-#define QZ_OP_LE(Nome, Registro, Chave, Flags, SeAusente) \
-    virtual long Le##Nome(Chave chave, Registro* pDados, Flags flags = 0) = 0;
-#define QZ_OP_LE_UNICO(Nome, Registro, Flags) virtual long Le##Nome(Registro* pDados, Flags flags = 0) = 0;
-#define QZ_OP_BUSCA(Nome, Filtro, Lista) virtual long BuscaPonteiros##Nome(const Filtro& filtro, Lista& lista) = 0;
-#define QZ_OP_CLASSIFICACAO(Nome, Filtro) \
-    virtual long BuscaClassificacao##Nome(const Filtro& filtro, CQZListaClassificacao* pLista) = 0;
-#include "platform/acesso/QZMacrosOperacoes.h"
+#include "platform/acesso/QZDeclaraOperacoes.h"
 #include "platform/acesso/Manutencao.def"
 #include "platform/acesso/QZFimMacrosOperacoes.h"
 };
 
 class CQZAcessoManutencaoBuffer : public CQZAcessoManutencao {
 public:
-#define QZ_OP_LE_BUFFER(Nome, Registro, Chave, SeAusente) \
-    virtual long LeBuffer##Nome(Chave chave, Registro* pDados, uint64_t flags = 0) = 0;
-#define QZ_OP_LE_BUFFER_UNICO(Nome, Registro) virtual long LeBuffer##Nome(Registro* pDados, uint64_t flags = 0) = 0;
-#include "platform/acesso/QZMacrosOperacoes.h"
+#include "platform/acesso/QZDeclaraOperacoes.h"
 #include "platform/acesso/ManutencaoBuffer.def"
 #include "platform/acesso/QZFimMacrosOperacoes.h"
 };
@@ -44,23 +35,14 @@ public:
     virtual ~CQZAcessoGestavo() = default;
     virtual const CQZDadosGT_Erro& GetErro() const = 0;
 
-#define QZ_OP_LE(Nome, Registro, Chave, Flags, SeAusente) \
-    virtual long Le##Nome(Chave chave, Registro* pDados, Flags flags = 0) = 0;
-#define QZ_OP_LE_UNICO(Nome, Registro, Flags) virtual long Le##Nome(Registro* pDados, Flags flags = 0) = 0;
-#define QZ_OP_BUSCA(Nome, Filtro, Lista) virtual long BuscaPonteiros##Nome(const Filtro& filtro, Lista& lista) = 0;
-#define QZ_OP_CLASSIFICACAO(Nome, Filtro) \
-    virtual long BuscaClassificacao##Nome(const Filtro& filtro, CQZListaClassificacao* pLista) = 0;
-#include "platform/acesso/QZMacrosOperacoes.h"
+#include "platform/acesso/QZDeclaraOperacoes.h"
 #include "platform/acesso/Gestavo.def"
 #include "platform/acesso/QZFimMacrosOperacoes.h"
 };
 
 class CQZAcessoGestavoBuffer : public CQZAcessoGestavo {
 public:
-#define QZ_OP_LE_BUFFER(Nome, Registro, Chave, SeAusente) \
-    virtual long LeBuffer##Nome(Chave chave, Registro* pDados, uint64_t flags = 0) = 0;
-#define QZ_OP_LE_BUFFER_UNICO(Nome, Registro) virtual long LeBuffer##Nome(Registro* pDados, uint64_t flags = 0) = 0;
-#include "platform/acesso/QZMacrosOperacoes.h"
+#include "platform/acesso/QZDeclaraOperacoes.h"
 #include "platform/acesso/GestavoBuffer.def"
 #include "platform/acesso/QZFimMacrosOperacoes.h"
 };
