@@ -4,52 +4,19 @@
 // be current, may move only where the tree allows, and is then checked.
 #pragma once
 
+#include "rules/PXConsisteCodigoNome.h"
 #include "rules/PXTrataDados.h"
 #include "rules/PXVerificaArvore.h"
-
-// Does a code search find a record other than the one being saved?
-template <class Lista>
-bool PXOutroPonteiro(const Lista& aPonteiros, uint32_t ulProprio) {
-    for (uint32_t ulPonteiro : aPonteiros)
-        if (ulPonteiro != ulProprio) return true;
-    return false;
-}
-
-// Field codes of the code and name checks.
-struct CPXCamposCodigoNome {
-    long lCodigoNovo;     // code of a new record; also a code another record holds
-    long lCodigoGravado;  // code of a saved record
-    long lNome;
-};
 
 class CPXTrataDadosArvore : public CPXTrataDados {
 protected:
     using CPXTrataDados::CPXTrataDados;
 
-    // The checks that open a record's field checks: code and name trimmed and
-    // written back; a blank code (message 1 for a new record, 2 for a saved
-    // one), a code that another record holds anywhere in the table (10,
-    // searched with `busca`), a blank name (4).
+    // Code and name checks (PXConsisteCodigoNome) over the whole table.
     template <class R, class Filtro, class Lista>
     CQZDadosGT_Erro& ConsistirCodigoNome(R& dados, const CPXCamposCodigoNome& campos,
                                          long (CQZAcessoManutencao::*busca)(const Filtro&, Lista&)) {
-        CString codigo = dados.GetCodigo();
-        dados.SetCodigo(codigo.Trim());
-        CString nome = dados.GetNome();
-        dados.SetNome(nome.Trim());
-
-        if (codigo.IsEmpty())
-            return dados.GetPonteiro() == 0 ? SetAviso(QZ_MODULO_PX, 1, campos.lCodigoNovo)
-                                            : SetAviso(QZ_MODULO_PX, 2, campos.lCodigoGravado);
-        Filtro filtro;
-        filtro.SetCodigo(codigo);
-        Lista aPonteiros;
-        if ((GetAcessoManutencao()->*busca)(filtro, aPonteiros) != 0)
-            return PassaErroServico(GetAcessoManutencao()->GetErro());
-        if (PXOutroPonteiro(aPonteiros, dados.GetPonteiro())) return SetAviso(QZ_MODULO_PX, 10, campos.lCodigoNovo);
-
-        if (nome.IsEmpty()) return SetAviso(QZ_MODULO_PX, 4, campos.lNome);
-        return *this;
+        return PXConsisteCodigoNome(*this, *GetAcessoManutencao(), dados, campos, Filtro(), busca);
     }
 
     // Runs on a working copy of `dados`, which takes the copy (trimmed,

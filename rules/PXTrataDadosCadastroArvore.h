@@ -6,6 +6,7 @@
 
 #include <type_traits>
 
+#include "rules/PXConsisteCodigoNome.h"
 #include "rules/PXTrataDados.h"
 #include "rules/PXVerificaArvore.h"
 
@@ -54,25 +55,11 @@ CQZDadosGT_Erro& TPXTrataDadosCadastroArvore<Cadastro>::ConsisteCadastro(Registr
     constexpr const CPXCamposCadastroArvore& campos = Cadastro::kCampos;
     LimpaErro();
 
-    CString codigo = dados.GetCodigo();
-    dados.SetCodigo(codigo.Trim());
-    CString nome = dados.GetNome();
-    dados.SetNome(nome.Trim());
-
-    if (codigo.IsEmpty())
-        return dados.GetPonteiro() == 0 ? SetAviso(QZ_MODULO_PX, 1, campos.lCodigoNovo)
-                                        : SetAviso(QZ_MODULO_PX, 2, campos.lCodigoGravado);
-
     // Codes are unique in the whole table, wherever the record sits in the tree.
-    Filtro filtro;
-    filtro.SetCodigo(codigo);
-    CQZArray_deprecated<uint32_t> aPonteiros;
-    if ((GetAcessoManutencao()->*Cadastro::BuscaPonteiros)(filtro, aPonteiros) != 0)
-        return PassaErroServico(GetAcessoManutencao()->GetErro());
-    for (uint32_t ponteiro : aPonteiros)
-        if (ponteiro != dados.GetPonteiro()) return SetAviso(QZ_MODULO_PX, 10, campos.lCodigoNovo);
-
-    if (nome.IsEmpty()) return SetAviso(QZ_MODULO_PX, 4, campos.lNome);
+    const CPXCamposCodigoNome camposCodigoNome{campos.lCodigoNovo, campos.lCodigoGravado, campos.lNome};
+    if (PXConsisteCodigoNome(*this, *GetAcessoManutencao(), dados, camposCodigoNome, Filtro(), Cadastro::BuscaPonteiros)
+            .GetTipoErro() != 0)
+        return *this;
 
     if (dados.GetPonteiro() != 0 && dados.GetPonteiro() == dados.GetPonteiroPai())
         return SetAviso(QZ_MODULO_PX, 99, campos.lPaiProprio);

@@ -1,5 +1,6 @@
 #include "rules/PXTrataDadosTecnico.h"
 
+#include "rules/PXConsisteCodigoNome.h"
 #include "rules/PXVerificaArvore.h"
 
 namespace {
@@ -13,6 +14,7 @@ constexpr long kCampoDisciplinas = 14;
 // The field checks have no self-parent test, so the tree check compares the
 // new parent with the record itself too.
 const CPXRegraArvore kRegraArvore{kCampoPai, true, std::nullopt};
+constexpr CPXCamposCodigoNome kCamposCodigoNome{kCampoCodigoNovo, kCampoCodigoGravado, kCampoNome};
 }  // namespace
 
 CQZDadosGT_Erro& CPXTrataDadosTecnico::ConsistirTecnico(CQZDadosPX_Tecnico* pDados) {
@@ -21,25 +23,13 @@ CQZDadosGT_Erro& CPXTrataDadosTecnico::ConsistirTecnico(CQZDadosPX_Tecnico* pDad
     if (!GetAcessoManutencao()) return SetAvisoPersonalizado(QZ_MODULO_PX, 0, 161L);
     CQZDadosPX_Tecnico& dados = *pDados;
 
-    CString codigo = dados.GetCodigo();
-    dados.SetCodigo(codigo.Trim());
-    CString nome = dados.GetNome();
-    dados.SetNome(nome.Trim());
-
-    if (codigo.IsEmpty())
-        return dados.GetPonteiro() == 0 ? SetAviso(QZ_MODULO_PX, 1, kCampoCodigoNovo)
-                                        : SetAviso(QZ_MODULO_PX, 2, kCampoCodigoGravado);
-
     // Codes are unique across all branches.
     CQZDadosPX_FiltroTecnico filtroCodigo;
-    filtroCodigo.SetCodigo(codigo).SetTodasFiliais(1);
-    CQZArray_deprecated<uint32_t> aPonteiros;
-    if (GetAcessoManutencao()->BuscaPonteirosTecnico(filtroCodigo, aPonteiros) != 0)
-        return PassaErroServico(GetAcessoManutencao()->GetErro());
-    for (uint32_t ponteiro : aPonteiros)
-        if (ponteiro != dados.GetPonteiro()) return SetAviso(QZ_MODULO_PX, 10, kCampoCodigoNovo);
-
-    if (nome.IsEmpty()) return SetAviso(QZ_MODULO_PX, 4, kCampoNome);
+    filtroCodigo.SetTodasFiliais(1);
+    if (PXConsisteCodigoNome(*this, *GetAcessoManutencao(), dados, kCamposCodigoNome, filtroCodigo,
+                             &CQZAcessoManutencao::BuscaPonteirosTecnico)
+            .GetTipoErro() != 0)
+        return *this;
 
     if (dados.GetTipoClassificacao() != PX_CLASSIFICACAO_ANALITICO) {
         // What only a real technician carries is dropped from a group.
@@ -60,6 +50,7 @@ CQZDadosGT_Erro& CPXTrataDadosTecnico::ConsistirTecnico(CQZDadosPX_Tecnico* pDad
         .SetPonteiroUsuario(dados.GetPonteiroUsuario())
         .SetAtivo(1)
         .SetTipoClassificacaoAnalitico(1);
+    CQZArray_deprecated<uint32_t> aPonteiros;
     if (GetAcessoManutencao()->BuscaPonteirosTecnico(filtroUsuario, aPonteiros) != 0)
         return PassaErroServico(GetAcessoManutencao()->GetErro());
     const bool soEle = aPonteiros.IsEmpty() || (aPonteiros.GetSize() == 1 && aPonteiros[0] == dados.GetPonteiro());
