@@ -33,22 +33,6 @@ bool Digitos(const std::string& s, uint64_t maximo, uint64_t& v) {
 
 int Int(const std::ssub_match& m) { return std::stoi(m.str()); }
 
-// A string form, or the packed integer of a value with no such form.
-struct FormaOuInteiro {
-    bool texto;
-    std::string s;
-    uint64_t inteiro;
-};
-FormaOuInteiro LeFormaOuInteiro(const Json& j, uint64_t maximo, const std::string& campo, const char* forma) {
-    if (j.is_string()) return {true, j.get<std::string>(), 0};
-    if (j.is_number_integer() || j.is_number_unsigned()) {
-        uint64_t v = 0;
-        Inteiro(j, 0, maximo, campo, &v);
-        return {false, {}, v};
-    }
-    Falha(campo, std::string("esperava o texto ") + forma + " (ou o valor inteiro gravado)");
-}
-
 }  // namespace
 
 void Falha(const std::string& campo, const std::string& motivo) { throw CPXErroJson(campo, motivo); }
@@ -73,6 +57,25 @@ int64_t Inteiro(const Json& j, int64_t minimo, uint64_t maximo, const std::strin
         return v;
     }
     Falha(campo, "esperava um número inteiro " + faixa + ", veio " + Descreve(j));
+}
+
+// A value written in its calendar form, as "" when empty, or as its packed
+// integer when it has no calendar form. `deInteiro` and `deTexto` answer
+// false on a value out of range or a text not in the form.
+template <class T, class DeInteiro, class DeTexto>
+void DeFormaOuInteiro(const Json& j, T& v, const std::string& campo, const char* forma, DeInteiro deInteiro,
+                      DeTexto deTexto) {
+    if (j.is_number_integer() || j.is_number_unsigned()) {
+        uint64_t inteiro = 0;
+        Inteiro(j, 0, std::numeric_limits<uint64_t>::max(), campo, &inteiro);
+        if (!deInteiro(inteiro, v)) Falha(campo, "o valor " + Descreve(j) + " está fora da faixa");
+    } else if (!j.is_string()) {
+        Falha(campo, std::string("esperava o texto ") + forma + " (ou o valor inteiro gravado)");
+    } else if (j.get<std::string>().empty()) {
+        v = T();
+    } else if (!deTexto(j.get<std::string>(), v)) {
+        Falha(campo, "valor inválido \"" + Cp(j.get<std::string>()) + "\": esperava " + forma);
+    }
 }
 
 Json Texto(const CString& v) {
@@ -136,14 +139,10 @@ static bool LeData(const std::string& s, REG_QZDMA& v) {
 }
 
 void De(const Json& j, REG_QZDMA& v, const std::string& campo) {
-    auto f = LeFormaOuInteiro(j, 0xFFFFFFFFu, campo, "\"AAAA-MM-DD\"");
-    if (!f.texto) {
-        v = REG_QZDMA(static_cast<uint32_t>(f.inteiro));
-    } else if (f.s.empty()) {
-        v = REG_QZDMA();
-    } else if (!LeData(f.s, v)) {
-        Falha(campo, "data inválida \"" + Cp(f.s) + "\": esperava AAAA-MM-DD de um dia entre 0001-01-01 e 2870-12-31");
-    }
+    DeFormaOuInteiro(
+        j, v, campo, "AAAA-MM-DD, um dia entre 0001-01-01 e 2870-12-31",
+        [](uint64_t i, REG_QZDMA& d) { return i <= 0xFFFFFFFFu && (d = REG_QZDMA(static_cast<uint32_t>(i)), true); },
+        LeData);
 }
 
 Json MesAno(const REG_QZMA& v) {
@@ -164,13 +163,10 @@ static bool LeMesAno(const std::string& s, REG_QZMA& v) {
 
 void De(const Json& j, REG_QZMA& v, const std::string& campo) {
     // The packed value is year * 16 + month, both 16-bit.
-    auto f = LeFormaOuInteiro(j, 0xFFFFFu, campo, "\"AAAA-MM\"");
-    if (!f.texto)
-        v = REG_QZMA::DeValor(static_cast<uint32_t>(f.inteiro));
-    else if (f.s.empty())
-        v = REG_QZMA();
-    else if (!LeMesAno(f.s, v))
-        Falha(campo, "mês e ano inválidos \"" + Cp(f.s) + "\": esperava AAAA-MM");
+    DeFormaOuInteiro(
+        j, v, campo, "AAAA-MM",
+        [](uint64_t i, REG_QZMA& m) { return i <= 0xFFFFFu && (m = REG_QZMA::DeValor(static_cast<uint32_t>(i)), true); },
+        LeMesAno);
 }
 
 Json Carimbo(const REG_QZDMAHMSUTC& v) {
@@ -185,29 +181,22 @@ Json Carimbo(const REG_QZDMAHMSUTC& v) {
     return texto;
 }
 
-void De(const Json& j, REG_QZDMAHMSUTC& v, const std::string& campo) {
-    auto f = LeFormaOuInteiro(j, std::numeric_limits<uint64_t>::max(), campo, "\"AAAA-MM-DDTHH:MM:SS+HH:MM\"");
-    if (!f.texto) {
-        v = REG_QZDMAHMSUTC(f.inteiro);
-        return;
-    }
-    if (f.s.empty()) {
-        v = REG_QZDMAHMSUTC();
-        return;
-    }
+static bool LeCarimbo(const std::string& s, REG_QZDMAHMSUTC& v) {
     static const std::regex forma("([0-9]{4}-[0-9]{2}-[0-9]{2})T([0-9]{2}):([0-9]{2}):([0-9]{2})([+-])([0-9]{2}):([0-9]{2})");
     std::smatch m;
     REG_QZDMA data;
-    if (std::regex_match(f.s, m, forma) && LeData(m[1].str(), data)) {
-        const int h = Int(m[2]), mi = Int(m[3]), s = Int(m[4]);
-        const int fuso = (Int(m[6]) * 60 + Int(m[7])) * (m[5].str() == "-" ? -1 : 1);
-        if (h <= 23 && mi <= 59 && s <= 59 && fuso % 15 == 0 && fuso / 15 >= -128 && fuso / 15 <= 127) {
-            v = REG_QZDMAHMSUTC(data, h, mi, s, fuso / 15);
-            return;
-        }
-    }
-    Falha(campo, "data e hora inválidas \"" + Cp(f.s) +
-                     "\": esperava AAAA-MM-DDTHH:MM:SS+HH:MM (fuso em múltiplos de 15 minutos)");
+    if (!std::regex_match(s, m, forma) || !LeData(m[1].str(), data)) return false;
+    const int h = Int(m[2]), mi = Int(m[3]), seg = Int(m[4]);
+    const int fuso = (Int(m[6]) * 60 + Int(m[7])) * (m[5].str() == "-" ? -1 : 1);
+    if (h > 23 || mi > 59 || seg > 59 || fuso % 15 != 0 || fuso / 15 < -128 || fuso / 15 > 127) return false;
+    v = REG_QZDMAHMSUTC(data, h, mi, seg, fuso / 15);
+    return true;
+}
+
+void De(const Json& j, REG_QZDMAHMSUTC& v, const std::string& campo) {
+    DeFormaOuInteiro(
+        j, v, campo, "AAAA-MM-DDTHH:MM:SS+HH:MM, com o fuso em múltiplos de 15 minutos",
+        [](uint64_t i, REG_QZDMAHMSUTC& c) { return c = REG_QZDMAHMSUTC(i), true; }, LeCarimbo);
 }
 
 Json ChaveMovimento(const REG_QZDMC& v) {
@@ -216,24 +205,22 @@ Json ChaveMovimento(const REG_QZDMC& v) {
     return MesAno(v.ma).get<std::string>() + "/" + std::to_string(v.ulNumero);
 }
 
-void De(const Json& j, REG_QZDMC& v, const std::string& campo) {
-    auto f = LeFormaOuInteiro(j, std::numeric_limits<uint64_t>::max(), campo, "\"AAAA-MM/N\"");
-    if (!f.texto) {
-        if ((f.inteiro >> 32) > 0xFFFFFu) Falha(campo, "chave de movimento fora da faixa");
-        v = REG_QZDMC::DeValor(f.inteiro);
-        return;
-    }
-    if (f.s.empty()) {
-        v = REG_QZDMC();
-        return;
-    }
+static bool LeChaveMovimento(const std::string& s, REG_QZDMC& v) {
     static const std::regex forma("([0-9]{4}-[0-9]{2})/([0-9]+)");
     std::smatch m;
     REG_QZMA ma;
     uint64_t numero = 0;
-    if (!std::regex_match(f.s, m, forma) || !LeMesAno(m[1].str(), ma) || !Digitos(m[2].str(), 0xFFFFFFFFu, numero))
-        Falha(campo, "chave de movimento inválida \"" + Cp(f.s) + "\": esperava AAAA-MM/N");
+    if (!std::regex_match(s, m, forma) || !LeMesAno(m[1].str(), ma) || !Digitos(m[2].str(), 0xFFFFFFFFu, numero))
+        return false;
     v = REG_QZDMC(ma, static_cast<uint32_t>(numero));
+    return true;
+}
+
+void De(const Json& j, REG_QZDMC& v, const std::string& campo) {
+    DeFormaOuInteiro(
+        j, v, campo, "AAAA-MM/N",
+        [](uint64_t i, REG_QZDMC& c) { return (i >> 32) <= 0xFFFFFu && (c = REG_QZDMC::DeValor(i), true); },
+        LeChaveMovimento);
 }
 
 Json ChaveProduto(const _REG_POSICAO_PRODUTOPS& v) {

@@ -80,18 +80,34 @@ CQZTeste_Pai Pai(const char* codigo, uint32_t pai = 0) {
 
 }  // namespace
 
-class QZArmazemSQLTest : public ::testing::Test {
+// Every case runs on the in-memory store and on a file: one implementation,
+// the same answers.
+class QZArmazemSQLTest : public ::testing::TestWithParam<bool> {
 protected:
+    QZArmazemSQLTest()
+        : caminho(GetParam() ? ::testing::TempDir() + "armazem_param_" + std::to_string(getpid()) + ".db"
+                             : std::string(":memory:")),
+          armazem((Remove(), caminho)) {}
+    ~QZArmazemSQLTest() override { Remove(); }
     void SetUp() override {
+        ASSERT_TRUE(armazem.EstaAberto()) << QZParaUtf8(armazem.GetErro().GetMensagem());
         armazem.DefineRelogio(&relogio);
         armazem.DefineGancho(&falhas);
     }
-    CQZArmazemSQL armazem{":memory:"};
+    void Remove() const {
+        if (caminho == ":memory:") return;
+        for (const char* s : {"", "-wal", "-shm"}) std::remove((caminho + s).c_str());
+    }
+    std::string caminho;
+    CQZArmazemSQL armazem;
     CQZRelogioFixo relogio{REG_QZDMAHMSUTC(5, 5, 2026, 12, 0, 0)};
     CQZInjetorFalhas falhas;
 };
 
-TEST_F(QZArmazemSQLTest, NestedListsAndCompositeValuesRoundTrip) {
+INSTANTIATE_TEST_SUITE_P(MemoriaEArquivo, QZArmazemSQLTest, ::testing::Values(false, true),
+                         [](const ::testing::TestParamInfo<bool>& i) { return i.param ? "Arquivo" : "Memoria"; });
+
+TEST_P(QZArmazemSQLTest, NestedListsAndCompositeValuesRoundTrip) {
     CQZTeste_Pai p = Pai("A-ção");
     CQZTeste_Filho f1, f2;
     _REG_POSICAO_PRODUTOPS prod{70000, 2, 3, 4};
@@ -123,7 +139,7 @@ TEST_F(QZArmazemSQLTest, NestedListsAndCompositeValuesRoundTrip) {
     EXPECT_EQ(relido.GetConstRefFilho(0).GetReferencia(), 12u);
 }
 
-TEST_F(QZArmazemSQLTest, UpdateNeedsTheStampThatWasReadAndNeverRepeatsOne) {
+TEST_P(QZArmazemSQLTest, UpdateNeedsTheStampThatWasReadAndNeverRepeatsOne) {
     CQZTeste_Pai p = Pai("A");
     ASSERT_EQ(0, armazem.Insere(p));
     CQZTeste_Pai outro = p;
@@ -139,7 +155,7 @@ TEST_F(QZArmazemSQLTest, UpdateNeedsTheStampThatWasReadAndNeverRepeatsOne) {
     EXPECT_EQ(QZ_E_REGISTRO_NAO_ENCONTRADO, armazem.Atualiza(fantasma));
 }
 
-TEST_F(QZArmazemSQLTest, MovementKeysAreNumberedPerMonth) {
+TEST_P(QZArmazemSQLTest, MovementKeysAreNumberedPerMonth) {
     CQZTeste_Movimento m;
     m.SetDmc(REG_QZDMC(REG_QZMA(3, 2026), 0));
     ASSERT_EQ(0, armazem.Insere(m));
@@ -156,7 +172,7 @@ TEST_F(QZArmazemSQLTest, MovementKeysAreNumberedPerMonth) {
     EXPECT_EQ(QZ_E_REGISTRO_INVALIDO, armazem.Insere(semMes));
 }
 
-TEST_F(QZArmazemSQLTest, OneRecordTableIsInsertedThenUpdated) {
+TEST_P(QZArmazemSQLTest, OneRecordTableIsInsertedThenUpdated) {
     CQZTeste_Unico u;
     u.SetOpcao(1);
     ASSERT_EQ(0, armazem.Grava(u));
@@ -169,7 +185,7 @@ TEST_F(QZArmazemSQLTest, OneRecordTableIsInsertedThenUpdated) {
     EXPECT_EQ(lido.GetOpcao(), 2);
 }
 
-TEST_F(QZArmazemSQLTest, SearchesByCodeParentAndListElement) {
+TEST_P(QZArmazemSQLTest, SearchesByCodeParentAndListElement) {
     for (const char* c : {"AB", "ABC", "AC", "B\xFF", "B\xFF\xFF"}) {
         CQZTeste_Pai p = Pai(c);
         ASSERT_EQ(0, armazem.Insere(p));
@@ -204,7 +220,7 @@ TEST_F(QZArmazemSQLTest, SearchesByCodeParentAndListElement) {
     }
 }
 
-TEST_F(QZArmazemSQLTest, SubtreeListsTheRootFirstAndEndsOnCycles) {
+TEST_P(QZArmazemSQLTest, SubtreeListsTheRootFirstAndEndsOnCycles) {
     // 1 <- 2 <- 3, 1 <- 4; 5 names itself as parent.
     for (auto [c, pai] : {std::pair{"R", 0u}, {"F1", 1u}, {"N1", 2u}, {"F2", 1u}}) {
         CQZTeste_Pai p = Pai(c, pai);
@@ -229,7 +245,7 @@ TEST_F(QZArmazemSQLTest, SubtreeListsTheRootFirstAndEndsOnCycles) {
     EXPECT_EQ(chaves, std::vector<int64_t>{3});
 }
 
-TEST_F(QZArmazemSQLTest, InjectedFailuresHitTheChosenCall) {
+TEST_P(QZArmazemSQLTest, InjectedFailuresHitTheChosenCall) {
     CQZTeste_Pai p = Pai("A");
     falhas.FalhaEm("Insere", 2, 0x80004005L, "sem espaço");
     ASSERT_EQ(0, armazem.Insere(p));
@@ -245,7 +261,7 @@ TEST_F(QZArmazemSQLTest, InjectedFailuresHitTheChosenCall) {
     EXPECT_EQ(falhas.Chamadas("Insere"), 3);
 }
 
-TEST_F(QZArmazemSQLTest, TextWithoutWindows1252FormIsRefusedWhole) {
+TEST_P(QZArmazemSQLTest, TextWithoutWindows1252FormIsRefusedWhole) {
     CQZTeste_Pai p = Pai("ok");
     CQZTeste_Filho f;
     p.AdicionaFilho(f);
