@@ -1,6 +1,7 @@
 #include "platform/QZMoeda.h"
 
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 
 namespace {
@@ -38,7 +39,10 @@ bool CQZMoeda::DeTexto(const char* texto, CQZMoeda& out) {
     if (*p != '\0' || (digitos == 0 && casas == 0)) return false;
     while (casas++ < 4) frac *= 10;
     __int128 bruto = inteiro * kEscala + frac;
-    out = DeBruto(static_cast<int64_t>(negativo ? -bruto : bruto));
+    if (negativo) bruto = -bruto;
+    // Refuse what a 64-bit count of ten-thousandths cannot hold.
+    if (bruto > INT64_MAX || bruto < INT64_MIN) return false;
+    out = DeBruto(static_cast<int64_t>(bruto));
     return true;
 }
 

@@ -69,6 +69,9 @@ TEST(QZMoedaTest, ArithmeticKeepsFourDecimalsAndRoundsHalfAway) {
     EXPECT_FALSE(CQZMoeda::DeTexto("1.23456", a));
     EXPECT_FALSE(CQZMoeda::DeTexto("1x", a));
     EXPECT_FALSE(CQZMoeda::DeTexto("", a));
+    EXPECT_FALSE(CQZMoeda::DeTexto("999999999999999", a));  // past 64 bits of ten-thousandths
+    ASSERT_TRUE(CQZMoeda::DeTexto("-922337203685477.5808", a));
+    EXPECT_EQ(a.GetBruto(), INT64_MIN);
 }
 
 TEST(REG_QZDMATest, ValidityFollowsThePackedRange) {
