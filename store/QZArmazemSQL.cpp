@@ -465,11 +465,15 @@ qzsql::Consulta CQZArmazemSQL::MontaClassificacao(const qzsql::Tabela& t, const 
     }
     // The record itself first, then its descendants level by level. UNION
     // (not UNION ALL) ends the walk on a record that names itself or a
-    // descendant as its parent.
-    std::string filtroFilhos = where.empty() ? "" : " AND " + where.substr(7);
+    // descendant as its parent. The other criteria select among the records
+    // of the subtree; they do not stop the walk, so the leaves under a
+    // sub-group that does not match are still found.
     q.sql = "WITH RECURSIVE qz_sub(chave) AS (SELECT chave FROM \"" + t.nome +
             "\" WHERE chave = ? UNION SELECT t.chave FROM \"" + t.nome + "\" AS t JOIN qz_sub ON t.\"" + sub->campo +
-            "\" = qz_sub.chave" + filtroFilhos + ") SELECT chave FROM qz_sub";
+            "\" = qz_sub.chave) SELECT chave FROM qz_sub";
+    if (!where.empty())
+        q.sql += " WHERE EXISTS (SELECT 1 FROM \"" + t.nome + "\" AS t WHERE t.chave = qz_sub.chave AND " +
+                 where.substr(7) + ")";
     q.valores.push_back(sub->valor);
     q.valores.insert(q.valores.end(), valores.begin(), valores.end());
     q.temCondicao = true;

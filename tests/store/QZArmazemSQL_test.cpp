@@ -245,6 +245,21 @@ TEST_P(QZArmazemSQLTest, SubtreeListsTheRootFirstAndEndsOnCycles) {
     EXPECT_EQ(chaves, std::vector<int64_t>{3});
 }
 
+// Criteria pick records of the subtree without cutting the walk: the leaf
+// under a sub-group that does not match is still found.
+TEST_P(QZArmazemSQLTest, SubtreeCriteriaSelectWithoutStoppingTheWalk) {
+    // G-R (1) <- G-1 (2) <- L-1 (3); G-R <- L-2 (4)
+    for (auto [c, pai] : {std::pair{"G-R", 0u}, {"G-1", 1u}, {"L-1", 2u}, {"L-2", 1u}}) {
+        CQZTeste_Pai p = Pai(c, pai);
+        ASSERT_EQ(0, armazem.Insere(p));
+    }
+    CQZTeste_FiltroPai filtro;
+    filtro.SetPonteiroPai(1).SetCodigo("L").SetParcial(1);
+    std::vector<int64_t> chaves;
+    ASSERT_EQ(0, armazem.BuscaSubarvore(filtro, chaves));
+    EXPECT_EQ(chaves, (std::vector<int64_t>{4, 3}));  // level by level
+}
+
 TEST_P(QZArmazemSQLTest, InjectedFailuresHitTheChosenCall) {
     CQZTeste_Pai p = Pai("A");
     falhas.FalhaEm("Insere", 2, 0x80004005L, "sem espaço");
