@@ -19,21 +19,19 @@ protected:
         return PXConsisteCodigoNome(*this, *GetAcessoManutencao(), dados, campos, Filtro(), busca);
     }
 
-    // Runs on a working copy of `dados`, which takes the copy (trimmed,
-    // normalised) only when the record passes. le(gravado) reads the stored
-    // copy; busca(gravado, pLista) fetches its subtree; consistir(copia) runs
-    // the field checks. Each returns like the operation it wraps. A failed
-    // read or fetch passes the service's error on without a field; a stale
-    // record gets message 3 on lCampoAtualizado. ulPaiNovo is the incoming
-    // parent (or class) key.
+    // Runs on the caller's record itself: the field checks write the trimmed
+    // code and name back before testing them, so a record refused by a later
+    // check comes back trimmed too (a group is normalised only when it
+    // passes). le(gravado) reads the stored copy; busca(gravado, pLista)
+    // fetches its subtree; consistir(dados) runs the field checks. Each
+    // returns like the operation it wraps. A failed read or fetch passes the
+    // service's error on without a field; a stale record gets message 3 on
+    // lCampoAtualizado. ulPaiNovo is the incoming parent (or class) key.
     template <class R, class Le, class Busca, class Consistir>
     CQZDadosGT_Erro& TrataGravacaoArvore(R& dados, uint32_t ulPaiNovo, long lCampoAtualizado,
                                          const CPXRegraArvore& regra, Le&& le, Busca&& busca, Consistir&& consistir) {
         LimpaErro();
-        R copia(dados);
-        if (VerificaGravacaoArvore(copia, ulPaiNovo, lCampoAtualizado, regra, le, busca, consistir).EhErroNenhum())
-            dados = copia;
-        return *this;
+        return VerificaGravacaoArvore(dados, ulPaiNovo, lCampoAtualizado, regra, le, busca, consistir);
     }
 
 private:

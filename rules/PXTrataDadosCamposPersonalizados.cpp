@@ -65,8 +65,8 @@ CQZDadosGT_Erro& CPXTrataDadosCamposPersonalizados::OnTrataGravacao(TQZBaseParaD
         filtro.GetFiltroClassificacao().SetPonteiroInicial(gravado.GetPonteiro());
         return GetAcessoManutencao()->BuscaClassificacaoCamposPersonalizados(filtro, pLista);
     };
-    auto consistir = [&](CQZDadosPX_CamposPersonalizados& copia) -> CQZDadosGT_Erro& {
-        return ConsistirCamposPersonalizados(&copia, pInconsistencia);
+    auto consistir = [&](CQZDadosPX_CamposPersonalizados& registro) -> CQZDadosGT_Erro& {
+        return ConsistirCamposPersonalizados(&registro, pInconsistencia);
     };
     return TrataGravacaoArvore(dados, dados.GetPonteiroClasse(), kCampoCodigoNovo, kRegraArvore, le, busca, consistir);
 }

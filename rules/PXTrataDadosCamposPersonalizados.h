@@ -19,8 +19,9 @@ public:
     static CString GetNomeDestinacao(uint8_t ucDestinacao);
 
 protected:
-    // Validates a working copy, written back (trimmed, a class normalised)
-    // only when the definition passes.
+    // Checks the caller's record in place: code and description come back
+    // trimmed even when a later check refuses the definition; a class is
+    // normalised only when it passes.
     CQZDadosGT_Erro& OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia) override;
 
 private:

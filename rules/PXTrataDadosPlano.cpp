@@ -92,7 +92,7 @@ CQZDadosGT_Erro& CPXTrataDadosPlano::OnTrataGravacao(TQZBaseParaDados* pDados, I
         filtro.SetPonteiroPai(gravado.GetPonteiro());
         return GetAcessoManutencao()->BuscaClassificacaoPlano(filtro, pLista);
     };
-    auto consistir = [&](CQZDadosPX_Plano& copia) -> CQZDadosGT_Erro& { return ConsistirPlano(&copia); };
+    auto consistir = [&](CQZDadosPX_Plano& registro) -> CQZDadosGT_Erro& { return ConsistirPlano(&registro); };
     return TrataGravacaoArvore(dados, dados.GetPonteiroPai(), kCamposCodigoNome.lCodigoNovo, kRegraArvore, le, busca,
                                consistir);
 }

@@ -32,8 +32,8 @@ public:
                                           std::vector<CQZDadosPX_PlanoTarefa>& aTarefas);
 
 protected:
-    // Validates a working copy, written back (trimmed, a group normalised)
-    // only when the plan passes.
+    // Checks the caller's record in place: code and name come back trimmed
+    // even when refused; a group is normalised only when it passes.
     CQZDadosGT_Erro& OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia) override;
 
 private:

@@ -66,8 +66,8 @@ CQZDadosGT_Erro& CPXTrataDadosTarefa::OnTrataGravacao(TQZBaseParaDados* pDados,
         filtro.GetFiltroClassificacao().SetPonteiroInicial(gravado.GetPonteiro());
         return GetAcessoManutencao()->BuscaClassificacaoTarefa(filtro, pLista);
     };
-    auto consistir = [&](CQZDadosPX_Tarefa& copia) -> CQZDadosGT_Erro& {
-        return ConsistirTarefa(&copia, pInconsistencia);
+    auto consistir = [&](CQZDadosPX_Tarefa& registro) -> CQZDadosGT_Erro& {
+        return ConsistirTarefa(&registro, pInconsistencia);
     };
     return TrataGravacaoArvore(dados, dados.GetPonteiroPai(), kCamposCodigoNome.lCodigoNovo, kRegraArvore, le, busca,
                                consistir);

@@ -9,6 +9,14 @@
 
 namespace {
 
+// The record as the field checks leave it: code and name trimmed.
+template <class R>
+R AparaCodigoNome(R r) {
+    CString codigo = r.GetCodigo(), nome = r.GetNome();
+    r.SetCodigo(codigo.Trim()).SetNome(nome.Trim());
+    return r;
+}
+
 struct Tarefas {
     using Handler = CPXTrataDadosTarefa;
     using Registro = CQZDadosPX_Tarefa;
@@ -23,6 +31,7 @@ struct Tarefas {
     static void SetPai(Registro& r, uint32_t pai) { r.SetPonteiroPai(pai); }
     static void SetNome(Registro& r, const char* nome) { r.SetNome(nome); }
     static void FazFolha(Registro& r) { r.SetTipoClassificacao(1); }
+    static Registro Aparado(Registro r) { return AparaCodigoNome(r); }
 };
 
 struct CamposPersonalizados {
@@ -39,6 +48,11 @@ struct CamposPersonalizados {
     static void SetPai(Registro& r, uint32_t pai) { r.SetPonteiroClasse(pai); }
     static void SetNome(Registro& r, const char* nome) { r.SetDescricao(nome); }
     static void FazFolha(Registro& r) { r.SetTipoClassificacao(1); }
+    static Registro Aparado(Registro r) {
+        CString codigo = r.GetCodigo(), descricao = r.GetDescricao();
+        r.SetCodigo(codigo.Trim()).SetDescricao(descricao.Trim());
+        return r;
+    }
 };
 
 struct Planos {
@@ -58,6 +72,7 @@ struct Planos {
     static void SetNome(Registro& r, const char* nome) { r.SetNome(nome); }
     // A leaf plan has a plan type.
     static void FazFolha(Registro& r) { r.SetTipoClassificacao(1).SetTipo(2); }
+    static Registro Aparado(Registro r) { return AparaCodigoNome(r); }
 };
 
 }  // namespace
@@ -141,12 +156,14 @@ TYPED_TEST(PXTrataDadosArvoreTest, StaleRecordIsRefused) {
 }
 
 // Each call failing in turn: exactly the service's error, no field, no
-// trace, and the caller's record as it was.
+// trace; the caller's record as it was, but for the code and name that the
+// field checks trimmed before their search failed.
 TYPED_TEST(PXTrataDadosArvoreTest, EveryCallFailingInTurnPassesItsErrorOn) {
     using T = TypeParam;
-    auto grupoAparado = this->grupo;
-    grupoAparado.SetCodigo(" G ");
-    for (const auto& modelo : {T::Novo(" N ", 1, 0), grupoAparado, this->folha}) {
+    auto grupoComBrancos = this->grupo;
+    grupoComBrancos.SetCodigo(" G ");
+    T::SetNome(grupoComBrancos, " Grupo ");
+    for (const auto& modelo : {T::Novo(" N ", 1, 0), grupoComBrancos, this->folha}) {
         this->ZeraChamadas();
         ASSERT_EQ(1, this->Salva(modelo)) << QZParaUtf8(this->handler.GetMensagem());
         const long total = this->falhas.TotalChamadas();
@@ -156,7 +173,9 @@ TYPED_TEST(PXTrataDadosArvoreTest, EveryCallFailingInTurnPassesItsErrorOn) {
             this->falhas.FalhaEm("*", n, QZ_E_FALHA_INJETADA);
             EXPECT_EQ(0, this->Salva(modelo));
             EXPECT_THAT(this->handler.GetErro(), TemFalhaServico(QZ_E_FALHA_INJETADA, 0)) << "call " << n;
-            EXPECT_EQ(this->salvo, modelo) << "call " << n;
+            const std::string& falhou = this->falhas.Historico().back();
+            const bool camposAparados = falhou.starts_with("BuscaPonteiros");
+            EXPECT_EQ(this->salvo, camposAparados ? T::Aparado(modelo) : modelo) << "call " << n << ", " << falhou;
         }
         EXPECT_TRUE(this->rastro.Registros().empty());
     }

@@ -66,6 +66,18 @@ TEST_F(PXTrataDadosCamposPersonalizadosTest, FieldChecksInOrder) {
     }
 }
 
+// The checks work on the caller's record: a refused definition comes back
+// with its code and description trimmed.
+TEST_F(PXTrataDadosCamposPersonalizadosTest, RefusedDefinitionComesBackTrimmed) {
+    auto c = Campo(" AV ", " Outro ", 2);
+    c.SetDetalhamento("Detalhe").SetInativo(1);
+    EXPECT_EQ(0, Salva(c));
+    EXPECT_THAT(handler.GetErro(), TemMensagem(QZ_MODULO_PX, 10, 15));
+    auto esperado = c;
+    esperado.SetCodigo("AV").SetDescricao("Outro");
+    EXPECT_EQ(salvo, esperado) << "a refused class is not normalised";
+}
+
 TEST_F(PXTrataDadosCamposPersonalizadosTest, CodesAreUniqueWithinTheDestination) {
     EXPECT_EQ(1, Salva(Campo(" OD ", " Mesmo código, destinação 1 ", 1)));
     EXPECT_EQ(salvo.GetCodigo(), "OD");

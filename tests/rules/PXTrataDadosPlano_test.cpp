@@ -152,11 +152,24 @@ TEST_F(PXTrataDadosPlanoTest, GroupIsNormalisedWithoutWarning) {
     EXPECT_EQ(salvo.GetQuantidadeTarefa(), 1);
 }
 
-TEST_F(PXTrataDadosPlanoTest, RefusedPlanIsLeftAsTheCallerGaveIt) {
+// The checks work on the caller's record: a refused plan comes back with its
+// code and name trimmed, and a refused group keeps its alerts.
+TEST_F(PXTrataDadosPlanoTest, RefusedPlanComesBackTrimmed) {
     auto p = Plano("  F ", "  Outro ", 2);
     p.AdicionaAlerta(Alerta("Aviso", 1, 0, 0, 1));
     EXPECT_EQ(0, Salva(p));
-    EXPECT_EQ(salvo, p);
+    EXPECT_THAT(handler.GetErro(), TemMensagem(QZ_MODULO_PX, 10, 21));
+    auto esperado = p;
+    esperado.SetCodigo("F").SetNome("Outro");
+    EXPECT_EQ(salvo, esperado);
+
+    auto grupoTipo2 = Plano(" GN ", " Grupo ", 2);
+    grupoTipo2.SetTipo(2).SetTipoControle(1).AdicionaAlerta(Alerta("Aviso", 1, 0, 0, 1));
+    EXPECT_EQ(0, Salva(grupoTipo2));
+    EXPECT_THAT(handler.GetErro(), TemMensagem(QZ_MODULO_PX, 183, 25));
+    esperado = grupoTipo2;
+    esperado.SetCodigo("GN").SetNome("Grupo");
+    EXPECT_EQ(salvo, esperado);
 }
 
 TEST_F(PXTrataDadosPlanoTest, AlertChecksInOrder) {

@@ -111,10 +111,24 @@ TEST_F(PXTrataDadosTarefaTest, GroupIsNormalisedWithoutWarning) {
     EXPECT_EQ(salvo.GetPonteiroSituacaoGrupo(), 4u);
 }
 
-TEST_F(PXTrataDadosTarefaTest, RefusedTaskIsLeftAsTheCallerGaveIt) {
+// The checks work on the caller's record: a refused task comes back with
+// its code and name trimmed, nothing else changed.
+TEST_F(PXTrataDadosTarefaTest, RefusedTaskComesBackTrimmed) {
     auto t = Tarefa("  F ", "  Outra ", 1);
+    t.SetGarantia(1).SetDescricao(" Descrição ");
     EXPECT_EQ(0, Salva(t));
-    EXPECT_EQ(salvo, t);
+    EXPECT_THAT(handler.GetErro(), TemMensagem(QZ_MODULO_PX, 10, 65));
+    auto esperado = t;
+    esperado.SetCodigo("F").SetNome("Outra");
+    EXPECT_EQ(salvo, esperado);
+
+    auto grupo = Tarefa(" GX ", " ", 2);
+    grupo.SetTempoPrevisto(CQZMoeda::DeInteiro(3)).AdicionaMaterial(Componente(1, Posicao(10), 1));
+    EXPECT_EQ(0, Salva(grupo));
+    EXPECT_THAT(handler.GetErro(), TemMensagem(QZ_MODULO_PX, 4, 67));
+    EXPECT_EQ(salvo.GetCodigo(), "GX");
+    EXPECT_EQ(salvo.GetQuantidadeMaterial(), 1) << "a refused group is not normalised";
+    EXPECT_EQ(salvo.GetTempoPrevisto(), CQZMoeda::DeInteiro(3));
 }
 
 // The three kinds share one shape; only their messages and fields differ.
