@@ -62,6 +62,7 @@ protected:
 TEST_F(PXControleIntegridadeTest, DisciplineDependents) {
     auto grupo = Grava(Arvore<CQZDadosPX_Disciplina>("ELE", "Elétrica", 2));
     auto filha = Grava(Arvore<CQZDadosPX_Disciplina>("AT", "Alta tensão", 1, grupo.GetPonteiro()));
+    TecnicoCom("T1", grupo.GetPonteiro(), 1);  // the child is named first
     EsperaRecusa(K::DISCIPLINA, grupo.GetPonteiro(), "Disciplina AT Alta tensão é dependente da disciplina ELE Elétrica");
 
     // A leaf's children are not searched; a technician of any branch wins over a plan.

@@ -107,6 +107,9 @@ TYPED_TEST(PXTrataDadosCadastroArvoreTest, StaleRecordIsRefused) {
     ASSERT_EQ(0, this->armazem.Atualiza(outro));
     EXPECT_EQ(0, this->Salva(this->avulsa, [](auto&) {}));
     EXPECT_THAT(this->handler.GetErro(), TemMensagem(QZ_MODULO_PX, 3, T::kCodigoNovo));
+    // The record's own checks run before the stored copy is read.
+    EXPECT_EQ(0, this->Salva(this->avulsa, [](auto& r) { r.SetCodigo(" "); }));
+    EXPECT_THAT(this->handler.GetErro(), TemMensagem(QZ_MODULO_PX, 2, T::kCodigoGravado));
 }
 
 TYPED_TEST(PXTrataDadosCadastroArvoreTest, TreeMoves) {

@@ -35,6 +35,7 @@ TEST_F(PXTrataDadosPrioridadeTest, NewRecordRefusals) {
         {"blank description", Prioridade("NOVA", " \t "), 49, 2},
         {"base above 100", Prioridade("NOVA", "X", 101), 176, 3},
         {"code checked before description", Prioridade("URG", ""), 10, 1},
+        {"description checked before the base", Prioridade("NOVA", " ", 101), 49, 2},
     };
     for (auto& c : casos) {
         EXPECT_EQ(0, handler.TrataGravacao(&c.p, nullptr)) << c.nome;

@@ -75,12 +75,15 @@ TEST_F(PXTrataDadosSituacaoTest, MaintenanceSituationRefusals) {
     mudaBase.SetSituacaoBase(8).SetCodigo("");
     auto tipoTarefa = Manutencao("T9", "Tipo errado", 2);
     tipoTarefa.SetTipo(2);
+    auto tipoTarefaSemBase = Manutencao("T9", "Tipo errado", 0);
+    tipoTarefaSemBase.SetTipo(2);
     const Recusa casos[] = {
         {"base changed, before the code", mudaBase, QZ_MODULO_PX, 123, 1},
         {"blank code", Manutencao("  ", "X", 2), QZ_MODULO_PX, 1, 1},
         {"code of a maintenance situation", Manutencao("  A1 ", "", 2), QZ_MODULO_PX, 10, 1},
         {"blank description", Manutencao("NV", " ", 2), QZ_MODULO_PX, 49, 2},
         {"not a maintenance situation", tipoTarefa, QZ_MODULO_20, 125, 1},
+        {"type checked before the base situation", tipoTarefaSemBase, QZ_MODULO_20, 125, 1},
         {"no base situation", Manutencao("NV", "X", 0), QZ_MODULO_PX, 124, 3},
         {"base 1", Manutencao("NV", "X", 1), QZ_MODULO_PX, 125, 3},
         {"base 128", Manutencao("NV", "X", 128), QZ_MODULO_PX, 125, 3},
@@ -122,6 +125,10 @@ TEST_F(PXTrataDadosSituacaoTest, StaleSituationIsRefusedOnField1) {
     ASSERT_EQ(0, armazem.Atualiza(outro));
     EXPECT_EQ(0, SalvaManutencao(iniciada));
     EXPECT_THAT(manutencao.GetErro(), TemMensagem(QZ_MODULO_PX, 3, 1));
+    auto mudaBase = iniciada;
+    mudaBase.SetSituacaoBase(8);
+    EXPECT_EQ(0, SalvaManutencao(mudaBase));
+    EXPECT_THAT(manutencao.GetErro(), TemMensagem(QZ_MODULO_PX, 3, 1)) << "stale before the base change";
     auto outroGrupo = grupo;
     outroGrupo.SetDescricao("Mudou");
     ASSERT_EQ(0, armazem.Atualiza(outroGrupo));
@@ -138,6 +145,10 @@ TEST_F(PXTrataDadosSituacaoTest, TaskSituationRefusals) {
     salvoSemCodigo.SetCodigo("");
     auto proprioPai = neto;
     proprioPai.SetPonteiroPai(neto.GetPosicao());
+    auto proprioPaiSemDescricao = proprioPai;
+    proprioPaiSemDescricao.SetDescricao(" ");
+    auto proprioPaiOutroTipo = proprioPai;
+    proprioPaiOutroTipo.SetTipo(1);
     const Recusa casos[] = {
         {"group with children made a leaf, before the code", comFilhosViraFolha, QZ_MODULO_PX, 98, 133},
         {"moved under its grandchild", sobNeto, QZ_MODULO_PX, 99, 133},
@@ -147,6 +158,8 @@ TEST_F(PXTrataDadosSituacaoTest, TaskSituationRefusals) {
         {"a single blank is a code, and taken", Tarefa(" ", "X", 1), QZ_MODULO_PX, 10, 1},
         {"blank description", Tarefa("NV", "  ", 1), QZ_MODULO_PX, 49, 2},
         {"its own parent", proprioPai, QZ_MODULO_PX, 99, 3},
+        {"description before the own-parent test", proprioPaiSemDescricao, QZ_MODULO_PX, 49, 2},
+        {"own-parent test before the type", proprioPaiOutroTipo, QZ_MODULO_PX, 99, 3},
         {"not a task situation", Tarefa("NV", "X", 1).SetTipo(1), QZ_MODULO_20, 125, 1},
     };
     EsperaRecusas(tarefa, casos);

@@ -136,6 +136,15 @@ TEST_F(PXTrataDadosTecnicoTest, StaleRecordIsRefusedOnField7) {
     ASSERT_EQ(0, armazem.Atualiza(outro));
     EXPECT_EQ(0, Salva(maria));
     EXPECT_THAT(handler.GetErro(), TemMensagem(QZ_MODULO_PX, 3, 7));
+
+    // Before the tree and the fields.
+    auto outraEquipe = equipe;
+    outraEquipe.SetNome("Equipe B");
+    ASSERT_EQ(0, armazem.Atualiza(outraEquipe));
+    auto viraFolha = equipe;
+    viraFolha.SetTipoClassificacao(1).SetCodigo("");
+    EXPECT_EQ(0, Salva(viraFolha));
+    EXPECT_THAT(handler.GetErro(), TemMensagem(QZ_MODULO_PX, 3, 7));
 }
 
 TEST_F(PXTrataDadosTecnicoTest, AddingDisciplines) {
