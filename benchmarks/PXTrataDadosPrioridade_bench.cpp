@@ -16,6 +16,7 @@
 #include "rules/PXTrataDadosPrioridade.h"
 #include "rules/PXTrataDadosTecnico.h"
 #include "store/QZArmazemSQL.h"
+#include "store/QZFabricaArmazemSQL.h"
 
 namespace {
 
@@ -46,8 +47,10 @@ public:
         m_caminho = arquivo ? "/tmp/pxlreg_bench_" + std::to_string(getpid()) + "_" + m_empresa.str() + ".db"
                             : ":memory:";
         Remove();
-        m_armazem = std::make_unique<CQZArmazemSQL>(m_caminho);
-        if (!m_armazem->EstaAberto()) throw std::runtime_error("store did not open");
+        m_fabrica = std::make_shared<CQZFabricaArmazemSQL>(m_caminho, QZ_ABRE_OU_CRIA);
+        CQZDadosGT_Erro erro;
+        m_armazem = m_fabrica->AbreArmazem(erro);
+        if (!m_armazem) throw std::runtime_error("store did not open");
         long hr = m_armazem->EmTransacao("Carga", [&]() -> long {
             for (int64_t i = 1; i <= n; ++i) {
                 long r;
@@ -65,13 +68,13 @@ public:
         });
         if (hr != 0) throw std::runtime_error("load failed");
         CQZServicosEmpresa s;
-        s.pManutencao = m_armazem.get();
-        s.pGestavo = m_armazem.get();
+        s.pFabrica = m_fabrica;
         CQZRegistroServicos::Registra(m_empresa, s);
     }
     ~Planta() {
         CQZRegistroServicos::Remove(m_empresa);
         m_armazem.reset();
+        m_fabrica.reset();
         Remove();
     }
     CQZArmazemSQL& Armazem() { return *m_armazem; }
@@ -100,6 +103,7 @@ private:
     static inline int s_proxima = 0;
     CString m_empresa;
     std::string m_caminho;
+    std::shared_ptr<CQZFabricaArmazemSQL> m_fabrica;
     std::unique_ptr<CQZArmazemSQL> m_armazem;
 };
 

@@ -1,26 +1,25 @@
 #include "extrainfo/PXCorvel.h"
 
-#include "platform/QZRastro.h"
+#include "platform/QZCodigosResultado.h"
 
 namespace {
-// Record keys of the service are 32-bit; a wider key would name another record.
-constexpr long kE_INVALIDARG = static_cast<long>(static_cast<int32_t>(0x80070057u));
+// Trace points of this source.
+constexpr CQZPontoRastro kRastroOnInicializa{31};
+constexpr CQZPontoRastro kRastroConecta{36};
+constexpr CQZPontoRastro kRastroOnFinaliza{49};
+constexpr CQZPontoRastro kRastroBuscaHeader{64};
+constexpr CQZPontoRastro kRastroLeHeader{67};
+constexpr CQZPontoRastro kRastroBuscaVinculo{82};
+constexpr CQZPontoRastro kRastroGravaVinculo{99};
+constexpr CQZPontoRastro kRastroGrava{112};
 }  // namespace
-
-// Runs a call of the extra-information service, keeping its status in `hr`;
-// a negative status (the service's failures) is traced with the call's text.
-#define PXCORVEL_CHAMA(hr, linha, chamada) \
-    (((hr) = (chamada)) < 0 ? (QZ_RASTREIA((hr), #chamada, (linha), this), true) : false)
 
 CPXCorvel::~CPXCorvel() { Finaliza(); }
 
 long CPXCorvel::OnInicializa() {
     long hr = CQZInicializador::OnInicializa();
-    if (hr < 0) {
-        QZ_RASTREIA(hr, "__super::OnInicializa()", 31, this);
-        return hr;
-    }
-    PXCORVEL_CHAMA(hr, 36, m_cnxIE.Inicializa(GetEmpresa(), GetUsuario(), GetNumeroSessao()));
+    if (QZ_RASTREIA_SE_FALHA(hr, kRastroOnInicializa, "__super::OnInicializa()")) return hr;
+    QZ_CHAMA_RASTREADO(hr, kRastroConecta, m_cnxIE.Inicializa(GetEmpresa(), GetUsuario(), GetNumeroSessao()));
     return hr;
 }
 
@@ -29,7 +28,7 @@ long CPXCorvel::OnFinaliza() {
     m_vinculo.Limpa();
     m_cnxIE.Finaliza();
     long hr = CQZInicializador::OnFinaliza();
-    if (hr < 0) QZ_RASTREIA(hr, "__super::OnFinaliza()", 49, this);
+    QZ_RASTREIA_SE_FALHA(hr, kRastroOnFinaliza, "__super::OnFinaliza()");
     return hr;
 }
 
@@ -44,29 +43,29 @@ long CPXCorvel::SetFlagProcesso(IE_E_PROCESSO eProcesso) {
     filtroIE.ulQuantidadeMaxima = 0;
     CIEArrayPonteiros aPtrs;
     long hr;
-    if (PXCORVEL_CHAMA(hr, 64, m_cnxIE.BuscaPtrsIEHeader(filtroIE, aPtrs))) return hr;
-    if (aPtrs.GetQuantidade() > 0) PXCORVEL_CHAMA(hr, 67, m_cnxIE.LeIEHeader(aPtrs.pPtrs[0], m_ieHeader));
+    if (QZ_CHAMA_RASTREADO(hr, kRastroBuscaHeader, m_cnxIE.BuscaPtrsIEHeader(filtroIE, aPtrs))) return hr;
+    if (aPtrs.GetQuantidade() > 0) QZ_CHAMA_RASTREADO(hr, kRastroLeHeader, m_cnxIE.LeIEHeader(aPtrs.pPtrs[0], m_ieHeader));
     return hr;
 }
 
 long CPXCorvel::SetDadosCorvel(unsigned long ulChaveOrigem) {
     if (m_ieHeader.GetPosicao() == 0) return 0;
-    if (ulChaveOrigem > UINT32_MAX) return kE_INVALIDARG;
+    if (ulChaveOrigem > UINT32_MAX) return QZ_E_ARGUMENTO_INVALIDO;
     IE_ORIGEM_VINCULO_PS origem;
     origem.ulPosicaoHeader = m_ieHeader.GetPosicao();
     origem.ulChaveOrigem = static_cast<uint32_t>(ulChaveOrigem);
     long hr;
-    PXCORVEL_CHAMA(hr, 82, GetConexaoCorvel().BuscaVinculoByOrigem(origem, GetVinculo()));
+    QZ_CHAMA_RASTREADO(hr, kRastroBuscaVinculo, GetConexaoCorvel().BuscaVinculoByOrigem(origem, GetVinculo()));
     return hr;
 }
 
 long CPXCorvel::GravaCorvel(unsigned long ulChaveDestino) {
     if (m_ieHeader.GetPosicao() == 0 || m_ieHeader.IsInativo()) return 0;
-    if (ulChaveDestino > UINT32_MAX) return kE_INVALIDARG;
+    if (ulChaveDestino > UINT32_MAX) return QZ_E_ARGUMENTO_INVALIDO;
     m_vinculo.SetPosicaoHeader(m_ieHeader.GetPosicao());
     m_vinculo.SetChave(static_cast<uint32_t>(ulChaveDestino));
     long hr;
-    PXCORVEL_CHAMA(hr, 99, GetConexaoCorvel().GravaCamposVinculo(GetVinculo()));
+    QZ_CHAMA_RASTREADO(hr, kRastroGravaVinculo, GetConexaoCorvel().GravaCamposVinculo(GetVinculo()));
     return hr;
 }
 
@@ -75,7 +74,7 @@ long CPXCorvel::CopiarCorvel(unsigned long ulChaveOrigem, unsigned long ulChaveD
     // whatever the link holds, as the screens that copy records expect.
     (void)SetDadosCorvel(ulChaveOrigem);
     long hr;
-    PXCORVEL_CHAMA(hr, 112, GravaCorvel(ulChaveDestino));
+    QZ_CHAMA_RASTREADO(hr, kRastroGrava, GravaCorvel(ulChaveDestino));
     return hr;
 }
 

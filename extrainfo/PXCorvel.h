@@ -42,6 +42,10 @@ public:
     long IEGetNumeroSessao() const override { return static_cast<long>(GetNumeroSessao()); }
     IE_E_PROCESSO IEGetProcesso() const override { return m_eProcesso; }
 
+    // The service's failures are its negative statuses; only they are traced.
+    bool EhFalha(long hr) const override { return hr < 0; }
+    IQZSaidaRastro* GetSaidaRastro() const override { return m_cnxIE.GetSaidaRastro(); }
+
 protected:
     long OnInicializa() override;
     long OnFinaliza() override;

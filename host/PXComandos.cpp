@@ -17,6 +17,8 @@
 #include "host/PXTiposHost.h"
 #include "permissions/PXControlePermissoes.h"
 #include "platform/QZCodigosResultado.h"
+#include "servico/PXServicoRegistros.h"
+#include "store/QZFabricaArmazemSQL.h"
 
 namespace {
 
@@ -51,16 +53,6 @@ std::string VereditoTexto(const CQZDadosGT_Erro& erro) {
            std::to_string(erro.GetItem()) + ": " + erro.GetMensagem().str();
 }
 
-// Non-blocking inconsistencies a handler reports while it checks a record.
-class CPXInconsistencias : public IQZTrataInconsistencia {
-public:
-    void AdicionaInconsistencia(const CQZDadosGT_Erro& inconsistencia) override { m_lista.push_back(inconsistencia); }
-    const std::vector<CQZDadosGT_Erro>& Lista() const { return m_lista; }
-
-private:
-    std::vector<CQZDadosGT_Erro> m_lista;
-};
-
 // What the command line was given, once parsed.
 struct Opcoes {
     bool json = false;
@@ -93,9 +85,9 @@ public:
     void Aviso(const std::string& cp1252) {
         if (!m_json) m_erros << "pxlreg: " << Utf8(cp1252) << '\n';
     }
-    void Inconsistencias(const CPXInconsistencias& inc) {
+    void Inconsistencias(const std::vector<CQZDadosGT_Erro>& inconsistencias) {
         ::Json lista = ::Json::array();
-        for (const auto& i : inc.Lista()) {
+        for (const auto& i : inconsistencias) {
             lista.push_back(Veredito(i));
             Aviso("aviso: " + VereditoTexto(i));
         }
@@ -127,37 +119,42 @@ private:
     ::Json m_obj;
 };
 
-// A store opened for a command, with its data services registered for the
-// company the routines are initialised with.
+// A store opened for a command: its company registered with a factory of
+// connections to it (every routine object opens its own), and a connection
+// of the command's own for what it reads and writes outside the rules.
 class Sessao {
 public:
-    Sessao(const Opcoes& o, QZModoAbertura modo) : m_armazem(o.armazem, modo, o.esperaMs) {
-        if (!m_armazem.EstaAberto()) Erro(TextoServico(m_armazem.GetErro()));
-        m_host.empresa = CString(o.empresa);
-        m_host.usuario = static_cast<uint16_t>(o.usuario);
-        m_host.sessao = static_cast<uint32_t>(getpid());
+    Sessao(const Opcoes& o, QZModoAbertura modo)
+        : m_fabrica(std::make_shared<CQZFabricaArmazemSQL>(o.armazem, QZ_ABRE_EXISTENTE, o.esperaMs)) {
+        CQZDadosGT_Erro erro;
+        // The first connection creates the store when asked to.
+        m_armazem = std::make_unique<CQZArmazemSQL>(o.armazem, modo, o.esperaMs);
+        if (!m_armazem->EstaAberto()) Erro(TextoServico(m_armazem->GetErro()));
+        m_sessao.empresa = CString(o.empresa);
+        m_sessao.usuario = static_cast<uint16_t>(o.usuario);
+        m_sessao.sessao = static_cast<uint32_t>(getpid());
         CQZServicosEmpresa servicos;
-        servicos.pManutencao = &m_armazem;
-        servicos.pGestavo = &m_armazem;
-        CQZRegistroServicos::Registra(m_host.empresa, servicos);
+        servicos.pFabrica = m_fabrica;
+        CQZRegistroServicos::Registra(m_sessao.empresa, servicos);
     }
-    ~Sessao() { CQZRegistroServicos::Remove(m_host.empresa); }
+    ~Sessao() { CQZRegistroServicos::Remove(m_sessao.empresa); }
     Sessao(const Sessao&) = delete;
     Sessao& operator=(const Sessao&) = delete;
 
-    CQZArmazemSQL& Armazem() { return m_armazem; }
-    const CPXSessaoHost& Host() const { return m_host; }
+    CQZArmazemSQL& Armazem() { return *m_armazem; }
+    const CPXSessao& Host() const { return m_sessao; }
 
     // A handler or checker ready for the rules.
     template <class Rotina>
     void Inicializa(Rotina& r) {
-        if (r.Inicializa(m_host.empresa, m_host.usuario, m_host.sessao) < 0)
+        if (r.Inicializa(m_sessao.empresa, m_sessao.usuario, m_sessao.sessao) < 0)
             Erro("não foi possível inicializar as regras: " + r.GetMensagem().str());
     }
 
 private:
-    CQZArmazemSQL m_armazem;
-    CPXSessaoHost m_host;
+    std::shared_ptr<CQZFabricaArmazemSQL> m_fabrica;
+    std::unique_ptr<CQZArmazemSQL> m_armazem;
+    CPXSessao m_sessao;
 };
 
 std::string LeEntrada(const std::string& arquivo, std::istream& entrada) {
@@ -256,8 +253,9 @@ int Export(const Opcoes& o, std::ostream& saida) {
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
     CQZArmazemSQL& a = sessao.Armazem();
     std::string linhas, falha;
-    // One transaction: the export is one moment of the store.
-    long hr = a.EmTransacao("Exporta", [&]() -> long {
+    // One read transaction: the export is one moment of the store, and it
+    // never waits for a writer.
+    long hr = a.EmLeitura("Exporta", [&]() -> long {
         for (const IPXTipoHost* t : tipos) {
             std::vector<int64_t> chaves;
             if (long r = t->Chaves(a, chaves)) return r;
@@ -280,44 +278,27 @@ int Export(const Opcoes& o, std::ostream& saida) {
     return kSaidaOk;
 }
 
+// The failure of a save or a delete that the rules did not answer.
+[[noreturn]] void ErroServico(const CPXServicoRegistros& servico) { Erro(TextoServico(servico.GetErro())); }
+
 int Save(const Opcoes& o, std::istream& entrada, Saida& s) {
     const IPXTipoHost& tipo = TipoOuErro(o.tipo);
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
-    CQZArmazemSQL& a = sessao.Armazem();
     const Json j = ParseJson(LeEntrada(o.arquivo, entrada), 0);
     auto reg = Registro(tipo, j, 0);
-    auto tratador = tipo.Tratador(*reg);
-    if (!tratador)
+    if (!tipo.Tratador(*reg))
         Erro(std::string("o tipo ") + tipo.Nome() + " não tem regras de gravação: carregue-o com import.");
-    sessao.Inicializa(*tratador);
 
-    CPXInconsistencias inconsistencias;
-    int permitido = 0;
-    bool conflito = false;
-    // The rules and the write in one BEGIN IMMEDIATE transaction: no other
-    // writer acts between the check of the stamp and the write that carries it.
-    long hr = a.EmTransacao("Salva", [&]() -> long {
-        permitido = tratador->TrataGravacao(reg.get(), &inconsistencias);
-        if (!permitido || o.simulacao) return 0;
-        long r = tipo.Grava(a, *reg);
-        conflito = r == QZ_E_REGISTRO_ALTERADO;
-        return r;
-    });
-    if (conflito) {
-        // The stored stamp moved after the rules read it: the record was
-        // changed by someone else.
-        permitido = 0;
-        tratador->SetAviso(QZ_MODULO_PX, 3, 0);
-    } else if (hr != 0) {
-        Erro(TextoServico(a.GetErro()));
-    }
-    s.Inconsistencias(inconsistencias);
+    CPXServicoRegistros servico(sessao.Host());
+    CPXResultadoRegistro resultado;
+    if (servico.Salva(tipo, *reg, o.simulacao, resultado) != 0) ErroServico(servico);
+    s.Inconsistencias(resultado.inconsistencias);
     s.Objeto()["type"] = tipo.Nome();
-    s.Objeto()["allowed"] = permitido != 0;
-    s.Objeto()["written"] = permitido && !o.simulacao;
-    if (!permitido) {
-        s.Objeto().update(Veredito(*tratador));
-        s.Linha("recusado: " + VereditoTexto(*tratador));
+    s.Objeto()["allowed"] = resultado.permitido;
+    s.Objeto()["written"] = resultado.gravado;
+    if (!resultado.permitido) {
+        s.Objeto().update(Veredito(resultado.veredito));
+        s.Linha("recusado: " + VereditoTexto(resultado.veredito));
         return kSaidaRecusado;
     }
     Json gravado = tipo.ParaJson(*reg);
@@ -331,47 +312,22 @@ int Delete(const Opcoes& o, Saida& s) {
     const IPXTipoHost& tipo = TipoOuErro(o.tipo);
     const int64_t chave = ChaveDoArgumento(tipo, o.chave);
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
-    CQZArmazemSQL& a = sessao.Armazem();
-    auto reg = tipo.Novo();
-    std::unique_ptr<CPXTrataDados> tratador;
-    CQZDadosGT_Erro veredito;
-    CPXInconsistencias inconsistencias;
-    bool permitido = false, ausente = false, semRegras = false, conflito = false;
-    long hr = a.EmTransacao("Exclui", [&]() -> long {
-        if (long r = tipo.Le(a, chave, *reg)) {
-            ausente = true;
-            return r;
-        }
-        tratador = tipo.Tratador(*reg);
-        if (!tratador) {
-            semRegras = true;
-            return 0;
-        }
-        sessao.Inicializa(*tratador);
-        if (!tipo.VerificaIntegridade(*reg, sessao.Host(), veredito)) return 0;
-        if (!tratador->TrataExclusao(reg.get(), &inconsistencias)) {
-            veredito = *tratador;
-            return 0;
-        }
-        long r = tipo.Remove(a, *reg);
-        conflito = r == QZ_E_REGISTRO_ALTERADO;
-        permitido = r == 0;
-        return r;
-    });
-    if (semRegras) Erro(std::string("o tipo ") + tipo.Nome() + " não tem regras de exclusão.");
-    if (ausente) Erro(std::string("não há ") + tipo.Nome() + " na chave " + o.chave + ": " + TextoServico(a.GetErro()));
-    if (conflito)
-        veredito.SetAviso(QZ_MODULO_PX, 3, 0);
-    else if (hr != 0)
-        Erro(TextoServico(a.GetErro()));
-    s.Inconsistencias(inconsistencias);
+    CPXServicoRegistros servico(sessao.Host());
+    std::unique_ptr<TQZBaseParaDados> reg;
+    CPXResultadoRegistro resultado;
+    const long hr = servico.Exclui(tipo, chave, reg, resultado);
+    if (hr == QZ_E_SEM_REGRAS) Erro(std::string("o tipo ") + tipo.Nome() + " não tem regras de exclusão.");
+    if (hr == QZ_E_REGISTRO_NAO_ENCONTRADO)
+        Erro(std::string("não há ") + tipo.Nome() + " na chave " + o.chave + ": " + TextoServico(servico.GetErro()));
+    if (hr != 0) ErroServico(servico);
+    s.Inconsistencias(resultado.inconsistencias);
     s.Objeto()["type"] = tipo.Nome();
     s.Objeto()["key"] = o.chave;
-    s.Objeto()["allowed"] = permitido;
-    s.Objeto()["written"] = permitido;
-    if (!permitido) {
-        s.Objeto().update(Veredito(veredito));
-        s.Linha("recusado: " + VereditoTexto(veredito));
+    s.Objeto()["allowed"] = resultado.permitido;
+    s.Objeto()["written"] = resultado.gravado;
+    if (!resultado.permitido) {
+        s.Objeto().update(Veredito(resultado.veredito));
+        s.Linha("recusado: " + VereditoTexto(resultado.veredito));
         return kSaidaRecusado;
     }
     s.Linha(std::string("permitido: ") + tipo.Nome() + " " + o.chave + " excluído");

@@ -27,7 +27,7 @@ using Controle = CPXControleIntegridade;
 
 // The integrity check of a kind of register, run for the record's position.
 auto Integridade(Controle::RegistroControleIntegridade tipo) {
-    return [tipo](const auto& r, const CPXSessaoHost& s, CQZDadosGT_Erro& veredito) {
+    return [tipo](const auto& r, const CPXSessao& s, CQZDadosGT_Erro& veredito) {
         CPXControleIntegridade controle;
         if (controle.Inicializa(s.empresa, s.usuario, s.sessao) < 0 ||
             !controle.VerificaRelacionamentoPonteiro(tipo, r.GetPosicao())) {
@@ -46,10 +46,7 @@ std::unique_ptr<CPXTrataDados> TratadorSituacao(const CQZDadosPX_Situacao& s) {
 }
 
 // Only maintenance situations are referred to by orders.
-bool IntegridadeSituacao(const CQZDadosPX_Situacao& s, const CPXSessaoHost& sessao, CQZDadosGT_Erro& veredito) {
-    if (s.GetTipo() != 1) return true;
-    return Integridade(Controle::SITUACAO_MANUTENCAO)(s, sessao, veredito);
-}
+bool EhSituacaoManutencao(const CQZDadosPX_Situacao& s) { return s.GetTipo() == 1; }
 
 std::vector<std::unique_ptr<IPXTipoHost>> MontaTipos() {
     std::vector<std::unique_ptr<IPXTipoHost>> t;
@@ -64,7 +61,8 @@ std::vector<std::unique_ptr<IPXTipoHost>> MontaTipos() {
     // The module's registers, with their handlers and integrity checks.
     Tipo<CQZDadosPX_Mestre>(t).Com<CPXTrataDadosMestre>();
     Tipo<CQZDadosPX_Prioridade>(t).Com<CPXTrataDadosPrioridade>();
-    Tipo<CQZDadosPX_Situacao>(t).ComTratadorPor(TratadorSituacao).ComIntegridade(IntegridadeSituacao);
+    Tipo<CQZDadosPX_Situacao>(t).ComTratadorPor(TratadorSituacao)
+        .ComIntegridade(Integridade(Controle::SITUACAO_MANUTENCAO), EhSituacaoManutencao);
     Tipo<CQZDadosPX_Disciplina>(t).Com<CPXTrataDadosDisciplina>().ComIntegridade(Integridade(Controle::DISCIPLINA));
     Tipo<CQZDadosPX_TipoGasto>(t).Com<CPXTrataDadosTipoGasto>().ComIntegridade(Integridade(Controle::TIPO_GASTO));
     Tipo<CQZDadosPX_Tecnico>(t).Com<CPXTrataDadosTecnico>().ComIntegridade(Integridade(Controle::TECNICO));

@@ -21,7 +21,7 @@ bool CPXControleIntegridade::VerificaRelacionamentoPonteiro(RegistroControleInte
         // Without its data services the checker can't tell: it refuses as
         // an uninitialised handler does.
         if (!EstaInicializado()) {
-            SetAvisoPersonalizado(QZ_MODULO_PX, 0, 161L);
+            SetAvisoPersonalizado(PX_MSG(161), 0);
             return false;
         }
         (this->*verificacao)(ulPonteiro);

@@ -48,23 +48,62 @@ bool CQZRegistroServicos::Busca(const CString& empresa, CQZServicosEmpresa& serv
     return true;
 }
 
-long CQZBaseParaRotinas::OnInicializa() {
-    CQZServicosEmpresa servicos;
-    if (!CQZRegistroServicos::Busca(GetEmpresa(), servicos) || !servicos.pManutencao || !servicos.pGestavo) {
-        SetErro(QZ_E_SEM_SERVICOS, QZ_MODULO_CONEXAO, 5, "Nenhum serviço de dados registrado para a empresa \"%s\".",
-                GetEmpresa().GetString());
+long QZAbreConexaoEmpresa(const CString& empresa, CQZServicosEmpresa& servicos,
+                          std::unique_ptr<IQZConexaoEmpresa>& conexao, CQZDadosGT_Erro& erro) {
+    conexao.reset();
+    if (!CQZRegistroServicos::Busca(empresa, servicos) || !servicos.pFabrica) {
+        erro.SetErro(QZ_E_SEM_SERVICOS, QZ_MODULO_CONEXAO, 5, "Nenhum serviço de dados registrado para a empresa \"%s\".",
+                     empresa.GetString());
         return QZ_E_SEM_SERVICOS;
     }
-    m_servicos = servicos;
-    if (m_servicos.conectar) {
-        long hr = m_servicos.conectar(GetEmpresa(), GetUsuario(), GetNumeroSessao());
-        if (hr < 0) m_servicos = CQZServicosEmpresa();
-        return hr;
-    }
-    return 0;
+    long hr = servicos.pFabrica->Abre(conexao, erro);
+    if (hr < 0) conexao.reset();
+    return hr;
+}
+
+CQZBaseParaRotinas::CQZBaseParaRotinas(const CQZBaseParaRotinas& outro)
+    : CQZInicializador(outro), CQZUltimoErro(outro), m_bMostrarMensagens(outro.m_bMostrarMensagens) {}
+
+CQZBaseParaRotinas& CQZBaseParaRotinas::operator=(const CQZBaseParaRotinas& outro) {
+    if (this == &outro) return *this;
+    // The copy keeps its own connection (or none); it never shares the other's.
+    CQZInicializador::operator=(outro);
+    CQZUltimoErro::operator=(outro);
+    m_bMostrarMensagens = outro.m_bMostrarMensagens;
+    return *this;
+}
+
+CQZBaseParaRotinas::~CQZBaseParaRotinas() { FechaConexao(); }
+
+const IQZRelogio& CQZBaseParaRotinas::GetRelogio() const {
+    return m_servicos.pRelogio ? *m_servicos.pRelogio : CQZRelogioSistema::Instancia();
+}
+
+CQZDadosGT_Erro& CQZBaseParaRotinas::PassaErroServico(const CQZDadosGT_Erro& erroServico) {
+    return SetErro(erroServico);
+}
+
+CQZDadosGT_Erro& CQZBaseParaRotinas::PassaErroServico(const CQZDadosGT_Erro& erroServico, long lCodigoCampo) {
+    return SetErro(erroServico).SetCodigoCampo(lCodigoCampo);
+}
+
+long CQZBaseParaRotinas::OnInicializa() {
+    FechaConexao();
+    CQZDadosGT_Erro erro;
+    long hr = QZAbreConexaoEmpresa(GetEmpresa(), m_servicos, m_conexao, erro);
+    // A company that is registered keeps its trace sink and clock for the
+    // trace of this failure.
+    if (hr < 0) SetErro(erro);
+    return hr;
 }
 
 long CQZBaseParaRotinas::OnFinaliza() {
-    m_servicos = CQZServicosEmpresa();
+    FechaConexao();
     return 0;
+}
+
+void CQZBaseParaRotinas::FechaConexao() {
+    if (m_conexao && m_servicos.pFabrica) m_servicos.pFabrica->Devolve(std::move(m_conexao));
+    m_conexao.reset();
+    m_servicos = CQZServicosEmpresa();
 }

@@ -116,6 +116,7 @@ constexpr EntradaCodigo kCodigos[] = {
     {Valor32(QZ_E_SEM_SERVICOS), "QZ_E_SEM_SERVICOS", "Não há serviços de dados registrados para a empresa."},
     {Valor32(QZ_E_REGISTRO_INVALIDO), "QZ_E_REGISTRO_INVALIDO", "O registro foi rejeitado pelo banco de dados (chave ou valor inválido)."},
     {Valor32(QZ_E_FALHA_INJETADA), "QZ_E_FALHA_INJETADA", "Falha simulada por teste."},
+    {Valor32(QZ_E_SEM_REGRAS), "QZ_E_SEM_REGRAS", "O tipo de registro não tem regras para esta operação."},
     {Valor32(QZ_E_ENVIO_EMAIL), "QZ_E_ENVIO_EMAIL", "Não foi possível enviar o e-mail."},
     {Valor32(QZ_E_MODELO_LEITURA), "QZ_E_MODELO_LEITURA", "Não foi possível ler o modelo de e-mail."},
     {Valor32(QZ_E_MODELO_INEXISTENTE), "QZ_E_MODELO_INEXISTENTE", "O arquivo de modelo de e-mail não existe."},

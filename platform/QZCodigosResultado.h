@@ -10,10 +10,14 @@ constexpr long QZ_E_BANCO                  = static_cast<long>(static_cast<int32
 constexpr long QZ_E_BANCO_OCUPADO          = static_cast<long>(static_cast<int32_t>(0x80040A04u)); // database locked / busy
 constexpr long QZ_E_SEM_SERVICOS           = static_cast<long>(static_cast<int32_t>(0x80040A05u)); // no data services registered for the company
 constexpr long QZ_E_REGISTRO_INVALIDO      = static_cast<long>(static_cast<int32_t>(0x80040A06u)); // record rejected by the store (bad key, bad value)
+constexpr long QZ_E_SEM_REGRAS             = static_cast<long>(static_cast<int32_t>(0x80040A08u)); // the record type has no rules for that operation
 constexpr long QZ_E_FALHA_INJETADA         = static_cast<long>(static_cast<int32_t>(0x80040A07u)); // default code of a test-injected failure
 constexpr long QZ_E_ENVIO_EMAIL            = static_cast<long>(static_cast<int32_t>(0x80040A64u)); // e-mail could not be sent
 constexpr long QZ_E_MODELO_LEITURA         = static_cast<long>(static_cast<int32_t>(0x80040A65u)); // e-mail template could not be read
 constexpr long QZ_E_MODELO_INEXISTENTE     = static_cast<long>(static_cast<int32_t>(0x80040A66u)); // e-mail template file does not exist
+constexpr long QZ_E_ARGUMENTO_INVALIDO     = static_cast<long>(static_cast<int32_t>(0x80070057u)); // E_INVALIDARG: an argument out of range
+constexpr long QZ_E_SEM_MEMORIA            = static_cast<long>(static_cast<int32_t>(0x8007000Eu)); // E_OUTOFMEMORY
+constexpr long QZ_E_INESPERADO             = static_cast<long>(static_cast<int32_t>(0x8000FFFFu)); // E_UNEXPECTED: a failure no rule foresaw
 constexpr long QZ_E_CONTA_EMAIL            = static_cast<long>(static_cast<int32_t>(0x80040A67u)); // no e-mail account configured
 
 struct QZInfoCodigo {

@@ -6,16 +6,9 @@
 #include <type_traits>
 
 #include "platform/CString.h"
+#include "platform/QZMensagem.h"
+#include "platform/QZModulo.h"
 
-// Modules of the suite, by their numbers in the message tables.
-enum QZModulo : int {
-    QZ_MODULO_NENHUM = 0,
-    QZ_MODULO_GT = 1,          // enterprise layer
-    QZ_MODULO_ES = 3,          // stock
-    QZ_MODULO_20 = 20,         // module 20 (shared situation messages)
-    QZ_MODULO_PX = 28,         // maintenance management
-    QZ_MODULO_CONEXAO = 90,    // data-access services
-};
 
 // Renders numbered messages; a host loads one (the module's message table).
 class IQZTabelaMensagens {
@@ -38,6 +31,15 @@ public:
 
     CQZDadosGT_Erro& LimpaErro();
     CQZDadosGT_Erro& SetAviso(QZModulo modulo, long mensagem, long campo);
+    // A message of the table that takes no parameter (checked when built).
+    CQZDadosGT_Erro& SetAviso(CQZMensagem<0> mensagem, long campo) {
+        return SetAviso(mensagem.modulo, mensagem.numero, campo);
+    }
+    // A message of the table with exactly the parameters its text takes.
+    template <class... A>
+    CQZDadosGT_Erro& SetAvisoPersonalizado(CQZMensagem<sizeof...(A)> mensagem, long campo, const A&... parametros) {
+        return SetAvisoPersonalizado(mensagem.modulo, campo, mensagem.numero, parametros...);
+    }
 
     // Numbered message whose parameters fill the text (any printable values).
     template <class... A>

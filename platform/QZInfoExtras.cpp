@@ -25,19 +25,25 @@ bool CIEVinculo::GetValor(uint32_t codigoCampo, CString& valor) const {
 }
 
 long CConexaoInfoExtras::Inicializa(const CString& empresa, uint16_t /*usuario*/, uint32_t /*sessao*/) {
+    Finaliza();
     m_erro.LimpaErro();
-    m_pArmazem = nullptr;
-    CQZServicosEmpresa servicos;
-    if (!CQZRegistroServicos::Busca(empresa, servicos) || !servicos.pInfoExtras) {
+    long hr = QZAbreConexaoEmpresa(empresa, m_servicos, m_conexao, m_erro);
+    if (hr < 0) return hr;
+    m_pArmazem = m_conexao ? m_conexao->InfoExtras() : nullptr;
+    if (!m_pArmazem) {
+        Finaliza();
         m_erro.SetErro(QZ_E_SEM_SERVICOS, QZ_MODULO_CONEXAO, 5,
                        "Nenhum serviço de informações extras registrado para a empresa \"%s\".", empresa.GetString());
         return QZ_E_SEM_SERVICOS;
     }
-    m_pArmazem = servicos.pInfoExtras;
-    return 0;
+    return hr;
 }
 
-void CConexaoInfoExtras::Finaliza() { m_pArmazem = nullptr; }
+void CConexaoInfoExtras::Finaliza() {
+    m_pArmazem = nullptr;
+    if (m_conexao && m_servicos.pFabrica) m_servicos.pFabrica->Devolve(std::move(m_conexao));
+    m_conexao.reset();
+}
 
 bool CConexaoInfoExtras::SemArmazem() {
     m_erro.LimpaErro();

@@ -3,17 +3,20 @@
 // a link holds the values of those fields for one record, named by the
 // header's position and the record's key.
 //
-// CConexaoInfoExtras is a session's connection to the service; it finds
-// the company's store (IQZArmazemInfoExtras) in the service registry. Every
+// CConexaoInfoExtras is a session's connection to the service; it opens a
+// connection of the company's registered data (IQZConexaoEmpresa) and uses
+// its store of extra information (IQZArmazemInfoExtras). Every
 // operation returns a long status, 0 on success and negative on failure,
 // and keeps the failure in the connection's error record (GetErro). A
 // failed read leaves the caller's output as it was.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "platform/CString.h"
+#include "platform/QZBaseParaRotinas.h"
 #include "platform/QZDadosGT_Erro.h"
 
 // Processes that carry extra information. The values are numbered by the
@@ -131,9 +134,9 @@ public:
     virtual IE_E_PROCESSO IEGetProcesso() const = 0;
 };
 
-// Storage of one company's extra information; registered for the company
-// in CQZServicosEmpresa::pInfoExtras. Each operation reports its failure in
-// `erro` and leaves the outputs untouched when it fails.
+// Storage of one company's extra information, on one connection of the
+// company's data (IQZConexaoEmpresa::InfoExtras). Each operation reports its
+// failure in `erro` and leaves the outputs untouched when it fails.
 class IQZArmazemInfoExtras {
 public:
     virtual ~IQZArmazemInfoExtras() = default;
@@ -153,12 +156,19 @@ public:
 
 class CConexaoInfoExtras {
 public:
-    // Connects to the store registered for the company. The stores keep no
-    // per-session state, so the user and the session only complete the call.
-    long Inicializa(const CString& empresa, uint16_t usuario, uint32_t sessao);
+    CConexaoInfoExtras() = default;
+    CConexaoInfoExtras(const CConexaoInfoExtras&) = delete;
+    CConexaoInfoExtras& operator=(const CConexaoInfoExtras&) = delete;
+    ~CConexaoInfoExtras() { Finaliza(); }
+
+    // Opens a connection of its own to the company's data. The stores keep
+    // no per-session state, so the user and the session only complete the call.
+    [[nodiscard]] long Inicializa(const CString& empresa, uint16_t usuario, uint32_t sessao);
     void Finaliza();
     bool EstaInicializada() const { return m_pArmazem != nullptr; }
     const CQZDadosGT_Erro& GetErro() const { return m_erro; }
+    // Where the company traces failures (null: the process's default).
+    IQZSaidaRastro* GetSaidaRastro() const { return m_servicos.pRastro; }
 
     long BuscaPtrsIEHeader(const IE_HEADER_FILTRO_PS& filtro, CIEArrayPonteiros& aPtrs);
     long LeIEHeader(unsigned long ulPosicao, CIEHeader& header);
@@ -170,6 +180,8 @@ private:
     // Fails with the "not connected" error when no store is at hand.
     bool SemArmazem();
 
+    CQZServicosEmpresa m_servicos;
+    std::unique_ptr<IQZConexaoEmpresa> m_conexao;
     IQZArmazemInfoExtras* m_pArmazem = nullptr;
     CQZDadosGT_Erro m_erro;
 };

@@ -15,8 +15,6 @@
 
 namespace {
 
-std::atomic<IQZSaidaRastro*> g_saida{nullptr};
-
 IQZSaidaRastro& SaidaPadrao() {
     static CQZSaidaRastroJsonLinhas saida([] {
         const char* p = std::getenv("PXLREG_LOG");
@@ -74,11 +72,7 @@ void CQZSaidaRastroCaptura::Limpa() {
     m_registros.clear();
 }
 
-void QZDefineSaidaRastro(IQZSaidaRastro* saida) { g_saida.store(saida); }
-IQZSaidaRastro& QZSaidaRastro() {
-    IQZSaidaRastro* s = g_saida.load();
-    return s ? *s : SaidaPadrao();
-}
+IQZSaidaRastro& QZSaidaRastroPadrao() { return SaidaPadrao(); }
 
 CString QZFormataLogFalha(const char* nomeVariavel, const char* expressao, long hr) {
     CString chamada = CString::Formatado("%s = %s", nomeVariavel, expressao);
@@ -130,7 +124,8 @@ void QZRastreiaFalha(long hr, const char* expressao, const char* funcao, const c
         r.sessao = profiler->GetNumeroSessao();
     }
     try {
-        QZSaidaRastro().Grava(r);
+        IQZSaidaRastro* saida = profiler ? profiler->GetSaidaRastro() : nullptr;
+        (saida ? *saida : SaidaPadrao()).Grava(r);
     } catch (...) {
         // A trace that cannot be written must not change the caller's result.
     }

@@ -11,6 +11,8 @@
 
 #include "platform/CString.h"
 
+class IQZSaidaRastro;
+
 // What a routine object tells the trace about its session.
 class IQZGT_Profiler {
 public:
@@ -18,6 +20,8 @@ public:
     virtual CString GetEmpresa() const = 0;
     virtual uint16_t GetUsuario() const = 0;
     virtual uint32_t GetNumeroSessao() const = 0;
+    // Where the company traces its failures; null: the process's default.
+    virtual IQZSaidaRastro* GetSaidaRastro() const { return nullptr; }
 };
 
 struct CQZRegistroRastro {
@@ -60,17 +64,17 @@ private:
     std::vector<CQZRegistroRastro> m_registros;
 };
 
-// The process's trace sink. Without one set, records go to the file named by
-// the environment variable PXLREG_LOG, or to standard error.
-void QZDefineSaidaRastro(IQZSaidaRastro* saida);
-IQZSaidaRastro& QZSaidaRastro();
+// The process's default trace sink, for companies that name none: the file
+// named by the environment variable PXLREG_LOG, or standard error.
+IQZSaidaRastro& QZSaidaRastroPadrao();
 
 // The "Log" text of a failure: the call's expression, the code and its parts.
 CString QZFormataLogFalha(const char* nomeVariavel, const char* expressao, long hr);
 
 // Writes one trace record for a non-zero code, unless the code is in
-// `naoRastrear` (a list ending with 0xFFFFFFFF). `funcao` may be the
-// compiler's full signature; it is reduced to "Classe::Metodo".
+// `naoRastrear` (a list ending with 0xFFFFFFFF), to the profiler's sink (the
+// default sink without one). `funcao` may be the compiler's full signature;
+// it is reduced to "Classe::Metodo".
 void QZRastreiaFalha(long hr, const char* expressao, const char* funcao, const char* arquivo, int linha,
                      const IQZGT_Profiler* profiler, const long* naoRastrear = nullptr);
 
@@ -79,7 +83,12 @@ void QZRastreiaFalha(long hr, const char* expressao, const char* funcao, const c
 CString QZNomeFuncao(const char* assinatura);
 CString QZNomeFonte(const char* arquivo);
 
-// Trace points carry fixed line ids, so that the support team's log analysis
-// keeps matching them whatever happens to the source around them.
-#define QZ_RASTREIA(hr, expressao, linha, profiler) \
-    QZRastreiaFalha((hr), (expressao), __PRETTY_FUNCTION__, __FILE__, (linha), (profiler))
+// A trace point: a fixed line id, and the function and source the trace
+// names (null: the calling function and source). They are fixed so that the
+// support team's log analysis keeps matching them whatever happens to the
+// source around them.
+struct CQZPontoRastro {
+    int linha;
+    const char* funcao = nullptr;
+    const char* fonte = nullptr;
+};

@@ -59,6 +59,61 @@ constexpr QZTipoChave QZTipoChaveDe() {
         return QZ_CHAVE_POSICAO;
 }
 
+// The last-update stamp of a record (its QZ_CARIMBO field); empty for a
+// record that has none.
+struct QZVisitanteCarimbo {
+    REG_QZDMAHMSUTC carimbo;
+    template <class T>
+    void Campo(const char*, const T& v, unsigned opcoes) {
+        if constexpr (std::is_same_v<T, REG_QZDMAHMSUTC>)
+            if (opcoes & QZ_CARIMBO) carimbo = v;
+    }
+    template <class E>
+    void Lista(const char*, const std::vector<E>&) {}
+};
+template <class R>
+REG_QZDMAHMSUTC QZCarimboDe(const R& reg) {
+    QZVisitanteCarimbo v;
+    reg.VisitaCampos(v);
+    return v.carimbo;
+}
+
+// The movement key (QZ_CHAVE field) of a record keyed by REG_QZDMC; null for
+// any other record.
+struct QZVisitanteChaveDmc {
+    REG_QZDMC* pChave = nullptr;
+    template <class T>
+    void Campo(const char*, T& v, unsigned opcoes) {
+        if constexpr (std::is_same_v<T, REG_QZDMC>)
+            if (opcoes & QZ_CHAVE) pChave = &v;
+    }
+    template <class E>
+    void Lista(const char*, std::vector<E>&) {}
+};
+template <class R>
+REG_QZDMC* QZPonteiroChaveDmc(R& reg) {
+    QZVisitanteChaveDmc v;
+    reg.VisitaCampos(v);
+    return v.pChave;
+}
+template <class R>
+REG_QZDMC QZChaveDmcDe(const R& reg) {
+    const REG_QZDMC* p = QZPonteiroChaveDmc(const_cast<R&>(reg));
+    return p ? *p : REG_QZDMC();
+}
+
+// Whether the record was stored: a position, a valid movement key; the one
+// record of a one-record table always is (empty until its first save).
+template <class R>
+bool QZEstaGravado(const R& reg) {
+    if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_POSICAO)
+        return reg.GetPosicao() != 0;
+    else if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_DMC)
+        return QZChaveDmcDe(reg).EhValido();
+    else
+        return true;
+}
+
 // A stored value: every field type maps onto one or more integers or texts.
 // The third form is text already in the store's encoding (search bounds).
 using CQZValor = std::variant<int64_t, CString, std::string>;

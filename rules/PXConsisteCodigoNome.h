@@ -35,13 +35,27 @@ CQZDadosGT_Erro& PXConsisteCodigoNome(CQZDadosGT_Erro& erro, CQZAcessoManutencao
     dados.SetNome(nome.Trim());
 
     if (codigo.IsEmpty())
-        return dados.GetPonteiro() == 0 ? erro.SetAviso(QZ_MODULO_PX, 1, campos.lCodigoNovo)
-                                        : erro.SetAviso(QZ_MODULO_PX, 2, campos.lCodigoGravado);
+        return dados.GetPonteiro() == 0 ? erro.SetAviso(PX_MSG(1), campos.lCodigoNovo)
+                                        : erro.SetAviso(PX_MSG(2), campos.lCodigoGravado);
     filtro.SetCodigo(codigo);
     Lista aPonteiros;
     if ((servico.*busca)(filtro, aPonteiros) != 0) return erro.SetErro(servico.GetErro());
-    if (PXOutroPonteiro(aPonteiros, dados.GetPonteiro())) return erro.SetAviso(QZ_MODULO_PX, 10, campos.lCodigoNovo);
+    if (PXOutroPonteiro(aPonteiros, dados.GetPonteiro())) return erro.SetAviso(PX_MSG(10), campos.lCodigoNovo);
 
-    if (nome.IsEmpty()) return erro.SetAviso(QZ_MODULO_PX, 4, campos.lNome);
+    if (nome.IsEmpty()) return erro.SetAviso(PX_MSG(4), campos.lNome);
+    return erro;
+}
+
+// The code and name checks of a register whose records may not name
+// themselves as their parent: a saved record that does gets message 99 on
+// lCampoPaiProprio.
+template <class R, class Filtro, class Lista>
+CQZDadosGT_Erro& PXConsisteCadastroArvore(CQZDadosGT_Erro& erro, CQZAcessoManutencao& servico, R& dados,
+                                          const CPXCamposCodigoNome& campos, long lCampoPaiProprio,
+                                          long (CQZAcessoManutencao::*busca)(const Filtro&, Lista&)) {
+    // Codes are unique in the whole table, wherever the record sits in the tree.
+    if (PXConsisteCodigoNome(erro, servico, dados, campos, Filtro(), busca).GetTipoErro() != 0) return erro;
+    if (dados.GetPonteiro() != 0 && dados.GetPonteiro() == dados.GetPonteiroPai())
+        return erro.SetAviso(PX_MSG(99), lCampoPaiProprio);
     return erro;
 }

@@ -6,18 +6,20 @@
 #include <vector>
 
 #include "platform/QZDatas.h"
+#include "platform/QZMensagem.h"
 
 // Messages of a line by the kind of its list (1, 2, 3). Kinds 1 and 2 report
 // a repeated product with each other's order (47, 46) against their
 // no-product messages (36, 37): kept as the module's message table has it.
 struct CPXMensagensComponente {
-    long lSemProduto;
-    long lRepetido;
+    CQZMensagem<0> semProduto;
+    CQZMensagem<0> repetido;
 };
 
 // Null for a kind outside 1 to 3.
 inline const CPXMensagensComponente* PXMensagensComponente(uint8_t ucTipo) {
-    static constexpr CPXMensagensComponente kMensagens[] = {{36, 47}, {37, 46}, {38, 48}};
+    static constexpr CPXMensagensComponente kMensagens[] = {
+        {PX_MSG(36), PX_MSG(47)}, {PX_MSG(37), PX_MSG(46)}, {PX_MSG(38), PX_MSG(48)}};
     return ucTipo >= 1 && ucTipo <= 3 ? &kMensagens[ucTipo - 1] : nullptr;
 }
 

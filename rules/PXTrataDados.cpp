@@ -1,62 +1,86 @@
 #include "rules/PXTrataDados.h"
 
+#include <new>
+#include <stdexcept>
+
+#include "platform/QZCodigosResultado.h"
+
+namespace {
+// Trace points of this source.
+constexpr CQZPontoRastro kRastroOnInicializa{26};
+constexpr CQZPontoRastro kRastroOnFinaliza{36};
+constexpr CQZPontoRastro kRastroLeProdutoEx{113};
+constexpr CQZPontoRastro kRastroLeServico{145};
+constexpr CQZPontoRastro kRastroLeBufferFilial{218};
+constexpr CQZPontoRastro kRastroLePeriodoContabil{228};
+constexpr CQZPontoRastro kRastroLeSituacao{255};
+}  // namespace
+
 CPXTrataDados::~CPXTrataDados() { Finaliza(); }
 
 long CPXTrataDados::OnInicializa() {
     long hr = CPXBaseParaRotinas::OnInicializa();
-    if (hr != 0) QZ_RASTREIA(hr, "__super::OnInicializa()", 26, this);
+    QZ_RASTREIA_SE_FALHA(hr, kRastroOnInicializa, "__super::OnInicializa()");
     return hr;
 }
 
 long CPXTrataDados::OnFinaliza() {
     long hr = CPXBaseParaRotinas::OnFinaliza();
-    if (hr != 0) QZ_RASTREIA(hr, "__super::OnFinaliza()", 36, this);
+    QZ_RASTREIA_SE_FALHA(hr, kRastroOnFinaliza, "__super::OnFinaliza()");
     return hr;
 }
 
 int CPXTrataDados::TrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia) {
     LimpaErro();
     if (EstaInicializado())
-        OnTrataGravacao(pDados, pInconsistencia);
+        Protegido([&]() -> CQZDadosGT_Erro& { return OnTrataGravacao(pDados, pInconsistencia); });
     else
-        SetAvisoPersonalizado(QZ_MODULO_PX, 0, 161L);
+        SetAvisoPersonalizado(PX_MSG(161), 0);
     return EhErroNenhum() ? 1 : 0;
 }
 
 int CPXTrataDados::TrataExclusao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia) {
     LimpaErro();
     if (EstaInicializado())
-        OnTrataExclusao(pDados, pInconsistencia);
+        Protegido([&]() -> CQZDadosGT_Erro& { return OnTrataExclusao(pDados, pInconsistencia); });
     else
-        SetAvisoPersonalizado(QZ_MODULO_PX, 0, 161L);
+        SetAvisoPersonalizado(PX_MSG(161), 0);
     return EhErroNenhum() ? 1 : 0;
 }
 
 CQZDadosGT_Erro& CPXTrataDados::OnTrataGravacao(TQZBaseParaDados*, IQZTrataInconsistencia*) {
-    return SetAviso(QZ_MODULO_PX, 162, 0);
+    return SetAviso(PX_MSG(162), 0);
 }
 
 CQZDadosGT_Erro& CPXTrataDados::OnTrataExclusao(TQZBaseParaDados*, IQZTrataInconsistencia*) {
-    return SetAviso(QZ_MODULO_PX, 162, 0);
+    return SetAviso(PX_MSG(162), 0);
+}
+
+CQZDadosGT_Erro& CPXTrataDados::ErroDeExcecao() noexcept {
+    try {
+        throw;
+    } catch (const std::out_of_range& e) {
+        return SetErro(QZ_E_ARGUMENTO_INVALIDO, QZ_MODULO_PX, 0, "Item fora da lista: %s", e.what());
+    } catch (const std::bad_alloc&) {
+        return SetErro(QZ_E_SEM_MEMORIA, QZ_MODULO_PX, 0, "Memória insuficiente.");
+    } catch (const std::exception& e) {
+        return SetErro(QZ_E_INESPERADO, QZ_MODULO_PX, 0, "Falha inesperada: %s", e.what());
+    } catch (...) {
+        return SetErro(QZ_E_INESPERADO, QZ_MODULO_PX, 0, "Falha inesperada.");
+    }
 }
 
 CQZDadosGT_Erro& CPXTrataDados::ValidaRegistroAtualizado(const REG_QZDMAHMSUTC& dmaHmsRegistro,
                                                          const REG_QZDMAHMSUTC& dmaHmsGravado,
                                                          const long& lCodigoCampo) {
     LimpaErro();
-    if (!PXCarimbosIguais(dmaHmsRegistro, dmaHmsGravado)) SetAviso(QZ_MODULO_PX, 3, lCodigoCampo);
+    if (dmaHmsRegistro.GetDataHora() != dmaHmsGravado.GetDataHora()) SetAviso(PX_MSG(3), lCodigoCampo);
     return *this;
-}
-
-CQZDadosGT_Erro& CPXTrataDados::PassaErroServico(const CQZDadosGT_Erro& erroServico) { return SetErro(erroServico); }
-
-CQZDadosGT_Erro& CPXTrataDados::PassaErroServico(const CQZDadosGT_Erro& erroServico, long lCodigoCampo) {
-    return SetErro(erroServico).SetCodigoCampo(lCodigoCampo);
 }
 
 bool CPXTrataDados::SemServicos() {
     if (EstaInicializado() && GetAcessoManutencao() && GetAcessoGestavo()) return false;
-    SetAvisoPersonalizado(QZ_MODULO_PX, 0, 161L);
+    SetAvisoPersonalizado(PX_MSG(161), 0);
     return true;
 }
 
@@ -68,26 +92,26 @@ CQZDadosGT_Erro& CPXTrataDados::VerificaPeriodoIntegracao(const REG_QZDMAHMSUTC&
 
     if (usPonteiroFilial != 0) {
         CQZDadosGT_Filial dadosFilial;
-        if (PX_CHAMA_RASTREADO(hr, 218, GetAcessoGestavo()->LeBufferFilial(usPonteiroFilial, &dadosFilial)))
+        if (QZ_CHAMA_RASTREADO(hr, kRastroLeBufferFilial, GetAcessoGestavo()->LeBufferFilial(usPonteiroFilial, &dadosFilial)))
             return PassaErroServico(GetAcessoGestavo()->GetErro());
-        if (maData <= dadosFilial.GetMesBloqueioIntegracao()) return SetAviso(QZ_MODULO_PX, 184, lCodigoCampo);
+        if (maData <= dadosFilial.GetMesBloqueioIntegracao()) return SetAviso(PX_MSG(184), lCodigoCampo);
     }
 
     CQZDadosGT_PeriodoContabil dadosPeriodo;
-    if (PX_CHAMA_RASTREADO(hr, 228, GetAcessoGestavo()->LePeriodoContabil(&dadosPeriodo)))
+    if (QZ_CHAMA_RASTREADO(hr, kRastroLePeriodoContabil, GetAcessoGestavo()->LePeriodoContabil(&dadosPeriodo)))
         return PassaErroServico(GetAcessoGestavo()->GetErro());
-    if (maData <= dadosPeriodo.GetMesBloqueio()) return SetAviso(QZ_MODULO_PX, 185, lCodigoCampo);
+    if (maData <= dadosPeriodo.GetMesBloqueio()) return SetAviso(PX_MSG(185), lCodigoCampo);
 
     const REG_QZDMA data = dmaHms.GetData();
     if (data < dadosPeriodo.GetDataInferiorIntegracao() || data > dadosPeriodo.GetDataSuperiorIntegracao())
-        return SetAviso(QZ_MODULO_PX, 186, lCodigoCampo);
+        return SetAviso(PX_MSG(186), lCodigoCampo);
     return *this;
 }
 
 CQZDadosGT_Erro& CPXTrataDados::VerificaPeriodoMovimentacao(const REG_QZDMA& dma, long lCodigoCampo) {
     LimpaErro();
     if (SemServicos()) return *this;
-    if (!dma.EhValida()) return SetAviso(QZ_MODULO_PX, 129, lCodigoCampo);
+    if (!dma.EhValida()) return SetAviso(PX_MSG(129), lCodigoCampo);
 
     CQZDadosGT_PeriodoContabil dadosPeriodo;
     if (GetAcessoGestavo()->LeBufferPeriodoContabil(&dadosPeriodo) != 0)
@@ -97,45 +121,45 @@ CQZDadosGT_Erro& CPXTrataDados::VerificaPeriodoMovimentacao(const REG_QZDMA& dma
     const REG_QZMA maData(dma);
     if (maData < REG_QZMA(dadosPeriodo.GetDataInferiorMovimentacao()) ||
         maData > REG_QZMA(dadosPeriodo.GetDataSuperiorMovimentacao()))
-        return SetAviso(QZ_MODULO_PX, 130, lCodigoCampo);
+        return SetAviso(PX_MSG(130), lCodigoCampo);
     return *this;
 }
 
 CQZDadosGT_Erro& CPXTrataDados::VerificaProduto(_REG_POSICAO_PRODUTOPS regPosicaoProduto) {
     if (SemServicos()) return *this;
-    if (regPosicaoProduto.lPonteiroProduto == 0) return SetAviso(QZ_MODULO_PX, 40, 0);
+    if (regPosicaoProduto.lPonteiroProduto == 0) return SetAviso(PX_MSG(40), 0);
 
     CQZDadosGT_ProdutoEx dadosProdutoEx;
     long hr;
-    if (PX_CHAMA_RASTREADO(hr, 113, GetAcessoGestavo()->LeProdutoEx(regPosicaoProduto, &dadosProdutoEx)))
+    if (QZ_CHAMA_RASTREADO(hr, kRastroLeProdutoEx, GetAcessoGestavo()->LeProdutoEx(regPosicaoProduto, &dadosProdutoEx)))
         return PassaErroServico(GetAcessoGestavo()->GetErro());
 
     const CQZDadosGT_Produto& dadosProduto = dadosProdutoEx.GetDadosProduto();
-    if (dadosProduto.GetKit() != 0) return SetAviso(QZ_MODULO_PX, 112, 0);
+    if (dadosProduto.GetKit() != 0) return SetAviso(PX_MSG(112), 0);
     if (dadosProduto.GetPonteiroGrade1() == 0 && regPosicaoProduto.usPonteiroGrade1 != 0)
-        return SetAviso(QZ_MODULO_PX, 41, 0);
+        return SetAviso(PX_MSG(41), 0);
     if (dadosProduto.GetPonteiroGrade2() == 0 && regPosicaoProduto.usPonteiroGrade2 != 0)
-        return SetAviso(QZ_MODULO_PX, 42, 0);
+        return SetAviso(PX_MSG(42), 0);
     // The same grid-1 test as message 41's, so message 43 cannot be reached;
     // it keeps its place in the order of checks as the module defines it.
     if (dadosProduto.GetPonteiroGrade1() == 0 && regPosicaoProduto.usPonteiroGrade1 != 0)
-        return SetAviso(QZ_MODULO_PX, 43, 0);
+        return SetAviso(PX_MSG(43), 0);
     return *this;
 }
 
 CQZDadosGT_Erro& CPXTrataDados::VerificaServico(_REG_POSICAO_PRODUTOPS regPosicaoServico) {
     if (SemServicos()) return *this;
-    if (regPosicaoServico.lPonteiroProduto == 0) return SetAviso(QZ_MODULO_PX, 44, 0);
+    if (regPosicaoServico.lPonteiroProduto == 0) return SetAviso(PX_MSG(44), 0);
 
     CQZDadosGT_Servico dadosServico;
     long hr;
-    if (PX_CHAMA_RASTREADO(hr, 145, GetAcessoGestavo()->LeServico(regPosicaoServico.lPonteiroProduto, &dadosServico)))
+    if (QZ_CHAMA_RASTREADO(hr, kRastroLeServico, GetAcessoGestavo()->LeServico(regPosicaoServico.lPonteiroProduto, &dadosServico)))
         return PassaErroServico(GetAcessoGestavo()->GetErro());
 
     // Services have no grid.
     if (regPosicaoServico.usPonteiroGrade1 != 0 || regPosicaoServico.usPonteiroGrade2 != 0 ||
         regPosicaoServico.usPonteiroGrade3 != 0)
-        return SetAviso(QZ_MODULO_PX, 45, 0);
+        return SetAviso(PX_MSG(45), 0);
     return *this;
 }
 
@@ -145,17 +169,17 @@ CQZDadosGT_Erro& CPXTrataDados::VerificaSituacaoManutencao(uint32_t ulPonteiro, 
     LimpaErro();
     if (SemServicos()) return *this;
     if (ulPonteiro == 0) {
-        if (bObrigatorio) SetAviso(QZ_MODULO_PX, 145, lCodigoCampo);
+        if (bObrigatorio) SetAviso(PX_MSG(145), lCodigoCampo);
         return *this;
     }
 
     long hr;
-    if (PX_CHAMA_RASTREADO(hr, 255,
+    if (QZ_CHAMA_RASTREADO(hr, kRastroLeSituacao,
                            GetAcessoManutencao()->LeSituacao(ulPonteiro, &dadosSituacao, PX_LER_SITUACAO_CABECALHO)))
         return PassaErroServico(GetAcessoManutencao()->GetErro(), lCodigoCampo);
 
     if (dadosSituacao.GetInativo() && !bPermiteInativo)
-        return SetAvisoPersonalizado(QZ_MODULO_PX, lCodigoCampo, 146L, dadosSituacao.GetCodigo(),
+        return SetAvisoPersonalizado(PX_MSG(146), lCodigoCampo, dadosSituacao.GetCodigo(),
                                      dadosSituacao.GetDescricao());
     return *this;
 }
@@ -169,6 +193,6 @@ CQZDadosGT_Erro& CPXTrataDados::VerificaUsuario(uint16_t usUsuario, CQZDadosGT_U
     if (GetAcessoGestavo()->LeBufferUsuario(usUsuario, pDadosUsuario) != 0)
         return PassaErroServico(GetAcessoGestavo()->GetErro());
     // The service answers an empty record for a code that no user has.
-    if (*pDadosUsuario == CQZDadosGT_Usuario()) return SetAviso(QZ_MODULO_PX, 80, 0);
+    if (*pDadosUsuario == CQZDadosGT_Usuario()) return SetAviso(PX_MSG(80), 0);
     return *this;
 }

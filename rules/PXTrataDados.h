@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/QZBaseParaDados.h"
+#include "platform/QZMensagem.h"
 #include "rules/PXBaseParaRotinas.h"
 
 class CPXTrataDados : public CPXBaseParaRotinas {
@@ -56,25 +57,24 @@ protected:
     CQZDadosGT_Erro& ValidaRegistroAtualizado(const REG_QZDMAHMSUTC& dmaHmsRegistro,
                                               const REG_QZDMAHMSUTC& dmaHmsGravado, const long& lCodigoCampo);
 
-    // Passes a data service's failure on: its own error, with this module's
-    // field code when one is given.
-    CQZDadosGT_Erro& PassaErroServico(const CQZDadosGT_Erro& erroServico);
-    CQZDadosGT_Erro& PassaErroServico(const CQZDadosGT_Erro& erroServico, long lCodigoCampo);
+    // Runs a public operation of a handler so that no exception crosses the
+    // library's interface: one escaping `operacao` (an index outside a list,
+    // memory) becomes this object's error record.
+    template <class F>
+    CQZDadosGT_Erro& Protegido(F&& operacao) noexcept {
+        try {
+            return operacao();
+        } catch (...) {
+            return ErroDeExcecao();
+        }
+    }
 
 private:
+    CQZDadosGT_Erro& ErroDeExcecao() noexcept;
+
     // Message 161 when the handler has no data services to read through.
     bool SemServicos();
 
     bool m_bInterfaceUsuario = false;
 };
 
-// Stamps are equal when their date and time (low 38 bits) are; the upper bits
-// carry no part of the instant.
-inline bool PXCarimbosIguais(const REG_QZDMAHMSUTC& a, const REG_QZDMAHMSUTC& b) {
-    return a.GetDataHora() == b.GetDataHora();
-}
-
-// Runs a data-service call, keeping its code in `hr`; a non-zero code is
-// traced with the call's own text and the trace point's line id first.
-#define PX_CHAMA_RASTREADO(hr, linha, chamada) \
-    (((hr) = (chamada)) != 0 ? (QZ_RASTREIA((hr), #chamada, (linha), this), true) : false)

@@ -3,14 +3,11 @@
 // the destinations where custom fields are filled in.
 #pragma once
 
-#include "rules/PXTrataDadosArvore.h"
+#include "rules/PXTrataDadosRegistro.h"
 
-class CPXTrataDadosCamposPersonalizados : public CPXTrataDadosArvore {
+class CPXTrataDadosCamposPersonalizados : public TPXTrataDadosRegistro<CQZDadosPX_CamposPersonalizados> {
 public:
-    explicit CPXTrataDadosCamposPersonalizados(bool bInterfaceUsuario = false)
-        : CPXTrataDadosArvore(bInterfaceUsuario) {}
-    CPXTrataDadosCamposPersonalizados(const CPXTrataDadosCamposPersonalizados&) = default;
-    CPXTrataDadosCamposPersonalizados& operator=(const CPXTrataDadosCamposPersonalizados&) = default;
+    explicit CPXTrataDadosCamposPersonalizados(bool bInterfaceUsuario = false);
     ~CPXTrataDadosCamposPersonalizados() override { Finaliza(); }
 
     // Destination 1 (time entries of tasks) is the only one.
@@ -22,7 +19,10 @@ protected:
     // Checks the caller's record in place: code and description come back
     // trimmed even when a later check refuses the definition; a class is
     // normalised only when it passes.
-    CQZDadosGT_Erro& OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia) override;
+    CQZDadosGT_Erro& Consistir(CQZDadosPX_CamposPersonalizados& dados, const CQZDadosPX_CamposPersonalizados*,
+                               IQZTrataInconsistencia* pInconsistencia) override {
+        return ConsistirCamposPersonalizados(&dados, pInconsistencia);
+    }
 
 private:
     CQZDadosGT_Erro& ConsistirCamposPersonalizados(CQZDadosPX_CamposPersonalizados* pDados,

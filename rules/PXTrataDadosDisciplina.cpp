@@ -1,10 +1,34 @@
 #include "rules/PXTrataDadosDisciplina.h"
 
-CQZDadosGT_Erro& CPXTrataDadosDisciplina::ConsistirDisciplina(CQZDadosPX_Disciplina* pDados) {
-    return ConsisteCadastro(*pDados);
-}
+#include "rules/PXConsisteCodigoNome.h"
 
-CQZDadosGT_Erro& CPXTrataDadosDisciplina::OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia*) {
-    return TrataGravacaoCadastro(static_cast<CQZDadosPX_Disciplina&>(*pDados),
-                                 [this](CQZDadosPX_Disciplina* p) -> CQZDadosGT_Erro& { return ConsistirDisciplina(p); });
+namespace {
+constexpr CPXCamposCodigoNome kCamposCodigoNome{.lCodigoNovo = 2, .lCodigoGravado = 3, .lNome = 4};
+constexpr long kCampoPai = 5;
+// A self-parent is reported on the name field (expense types report it on
+// the parent field).
+constexpr long kCampoPaiProprio = 4;
+
+// The fields come before the stored copy; the read key is signed.
+const CPXGravacao<CQZDadosPX_Disciplina> kGravacao{
+    .le = PXLeGravado<&CQZAcessoManutencao::LeDisciplina>,
+    .lCampoAtualizado = kCamposCodigoNome.lCodigoNovo,
+    .ordem = EPXOrdemGravacao::CAMPOS_ANTES,
+    .arvore = CPXRegraArvore{kCampoPai, false, std::nullopt},
+    .subarvore = [](CQZAcessoManutencaoBuffer& servico, const CQZDadosPX_Disciplina& gravado,
+                    CQZListaClassificacao* pLista) {
+        CQZDadosPX_FiltroDisciplina filtro;
+        filtro.SetPonteiroPai(gravado.GetPonteiro());
+        return servico.BuscaClassificacaoDisciplina(filtro, pLista);
+    },
+};
+}  // namespace
+
+CPXTrataDadosDisciplina::CPXTrataDadosDisciplina(bool bInterfaceUsuario)
+    : TPXTrataDadosRegistro(kGravacao, bInterfaceUsuario) {}
+
+CQZDadosGT_Erro& CPXTrataDadosDisciplina::ConsistirDisciplina(CQZDadosPX_Disciplina* pDados) {
+    LimpaErro();
+    return PXConsisteCadastroArvore(*this, *GetAcessoManutencao(), *pDados, kCamposCodigoNome, kCampoPaiProprio,
+                                    &CQZAcessoManutencao::BuscaPonteirosDisciplina);
 }

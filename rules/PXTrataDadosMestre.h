@@ -2,14 +2,17 @@
 // the settings over each other and checks the viewing-month option.
 #pragma once
 
-#include "rules/PXTrataDados.h"
+#include "rules/PXTrataDadosRegistro.h"
 
-class CPXTrataDadosMestre : public CPXTrataDados {
+class CPXTrataDadosMestre : public TPXTrataDadosRegistro<CQZDadosPX_Mestre> {
 public:
-    explicit CPXTrataDadosMestre(bool bInterfaceUsuario = false) : CPXTrataDados(bInterfaceUsuario) {}
+    explicit CPXTrataDadosMestre(bool bInterfaceUsuario = false);
     ~CPXTrataDadosMestre() override { Finaliza(); }
 
-    CQZDadosGT_Erro& OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia) override;
+protected:
+    CQZDadosGT_Erro& Consistir(CQZDadosPX_Mestre& dados, const CQZDadosPX_Mestre*, IQZTrataInconsistencia*) override {
+        return ConsistirMestre(&dados);
+    }
 
 private:
     CQZDadosGT_Erro& ConsistirMestre(CQZDadosPX_Mestre* pDados);

@@ -1,5 +1,6 @@
 #include "rules/PXTrataDadosPlano.h"
 
+#include "rules/PXConsisteCodigoNome.h"
 #include "rules/PXLinhaComponente.h"
 
 namespace {
@@ -41,18 +42,32 @@ constexpr uint8_t kTipoServico = 'S';
 
 // The field checks have no self-parent test, so the tree check compares the
 // new parent with the plan itself too.
-const CPXRegraArvore kRegraArvore{kCampoPai, true, std::nullopt};
+const CPXGravacao<CQZDadosPX_Plano> kGravacao{
+    .le = PXLeGravado<&CQZAcessoManutencao::LePlano>,
+    .lCampoAtualizado = kCamposCodigoNome.lCodigoNovo,
+    .arvore = CPXRegraArvore{kCampoPai, true, std::nullopt},
+    .subarvore = [](CQZAcessoManutencaoBuffer& servico, const CQZDadosPX_Plano& gravado,
+                    CQZListaClassificacao* pLista) {
+        CQZDadosPX_FiltroPlano filtro;
+        filtro.SetPonteiroPai(gravado.GetPonteiro());
+        return servico.BuscaClassificacaoPlano(filtro, pLista);
+    },
+};
 }  // namespace
+
+CPXTrataDadosPlano::CPXTrataDadosPlano(bool bInterfaceUsuario) : TPXTrataDadosRegistro(kGravacao, bInterfaceUsuario) {}
 
 CQZDadosGT_Erro& CPXTrataDadosPlano::ConsistirPlano(CQZDadosPX_Plano* pDados) {
     LimpaErro();
     CQZDadosPX_Plano& dados = *pDados;
 
-    if (ConsistirCodigoNome(dados, kCamposCodigoNome, &CQZAcessoManutencao::BuscaPonteirosPlano).GetTipoErro() != 0)
+    if (PXConsisteCodigoNome(*this, *GetAcessoManutencao(), dados, kCamposCodigoNome, CQZDadosPX_FiltroPlano(),
+                             &CQZAcessoManutencao::BuscaPonteirosPlano)
+            .GetTipoErro() != 0)
         return *this;
 
     if (dados.GetTipoClassificacao() != PX_CLASSIFICACAO_ANALITICO) {
-        if (dados.GetTipo() != kTipoGrupo) return SetAviso(QZ_MODULO_PX, 183, kCampoTipo);
+        if (dados.GetTipo() != kTipoGrupo) return SetAviso(PX_MSG(183), kCampoTipo);
         // A group does not recur and warns nobody.
         dados.SetTipoControle(0)
             .SetPonteiroTipoPeriodo(0)
@@ -63,38 +78,23 @@ CQZDadosGT_Erro& CPXTrataDadosPlano::ConsistirPlano(CQZDadosPX_Plano* pDados) {
     }
 
     if (dados.GetTipo() != kTipoRecorrente && dados.GetTipo() != kTipoSemRecorrencia)
-        return SetAviso(QZ_MODULO_PX, 183, kCampoTipo);
-    if (dados.GetPonteiroDisciplina() == 0) return SetAviso(QZ_MODULO_PX, 19, kCampoDisciplina);
-    if (dados.GetPonteiroPrioridade() == 0) return SetAviso(QZ_MODULO_PX, 177, kCampoPrioridade);
+        return SetAviso(PX_MSG(183), kCampoTipo);
+    if (dados.GetPonteiroDisciplina() == 0) return SetAviso(PX_MSG(19), kCampoDisciplina);
+    if (dados.GetPonteiroPrioridade() == 0) return SetAviso(PX_MSG(177), kCampoPrioridade);
     if (dados.GetTipo() != kTipoRecorrente) return *this;
 
     // Other control types recur by neither, so they need neither.
     const uint8_t ucTipoControle = dados.GetTipoControle();
     if (ControlaPorPeriodo(ucTipoControle) && dados.GetPonteiroTipoPeriodo() == 0)
-        return SetAviso(QZ_MODULO_PX, 22, kCampoTipoPeriodo);
+        return SetAviso(PX_MSG(22), kCampoTipoPeriodo);
     if (ControlaPorContador(ucTipoControle) && dados.GetContadorCicloManutencao().EhZero())
-        return SetAviso(QZ_MODULO_PX, 23, kCampoContadorCiclo);
+        return SetAviso(PX_MSG(23), kCampoContadorCiclo);
     return *this;
 }
 
 CQZDadosGT_Erro& CPXTrataDadosPlano::ConsistirCamposTarefa(CQZDadosPX_PlanoTarefa* pTarefa) {
-    if (pTarefa->GetPonteiroTarefa() == 0) return SetAviso(QZ_MODULO_PX, 160, kCampoTarefas);
+    if (pTarefa->GetPonteiroTarefa() == 0) return SetAviso(PX_MSG(160), kCampoTarefas);
     return *this;
-}
-
-CQZDadosGT_Erro& CPXTrataDadosPlano::OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia*) {
-    auto& dados = static_cast<CQZDadosPX_Plano&>(*pDados);
-    auto le = [&](CQZDadosPX_Plano& gravado) {
-        return GetAcessoManutencao()->LePlano(dados.GetPonteiro(), &gravado, 0);
-    };
-    auto busca = [&](const CQZDadosPX_Plano& gravado, CQZListaClassificacao* pLista) {
-        CQZDadosPX_FiltroPlano filtro;
-        filtro.SetPonteiroPai(gravado.GetPonteiro());
-        return GetAcessoManutencao()->BuscaClassificacaoPlano(filtro, pLista);
-    };
-    auto consistir = [&](CQZDadosPX_Plano& registro) -> CQZDadosGT_Erro& { return ConsistirPlano(&registro); };
-    return TrataGravacaoArvore(dados, dados.GetPonteiroPai(), kCamposCodigoNome.lCodigoNovo, kRegraArvore, le, busca,
-                               consistir);
 }
 
 CQZDadosGT_Erro& CPXTrataDadosPlano::TrataAdicionarAlterarAlerta(CQZDadosPX_PlanoAlerta* pAlerta) {
@@ -102,11 +102,11 @@ CQZDadosGT_Erro& CPXTrataDadosPlano::TrataAdicionarAlterarAlerta(CQZDadosPX_Plan
     CString descricao = pAlerta->GetDescricao();
     pAlerta->SetDescricao(descricao.Trim());
 
-    if (descricao.IsEmpty()) return SetAviso(QZ_MODULO_PX, 49, kCampoAlertaDescricao);
-    if (pAlerta->GetAntesApos() == 0) return SetAviso(QZ_MODULO_PX, 113, kCampoAlertaAntesApos);
+    if (descricao.IsEmpty()) return SetAviso(PX_MSG(49), kCampoAlertaDescricao);
+    if (pAlerta->GetAntesApos() == 0) return SetAviso(PX_MSG(113), kCampoAlertaAntesApos);
     if (pAlerta->GetRepetirEm() != 0 && pAlerta->GetTempoRepeticao().EhZero())
-        return SetAviso(QZ_MODULO_PX, 116, kCampoAlertaTempoRepeticao);
-    if (pAlerta->GetQuantidadeTecnicos() == 0) return SetAviso(QZ_MODULO_PX, 117, kCampoAlertaTecnicos);
+        return SetAviso(PX_MSG(116), kCampoAlertaTempoRepeticao);
+    if (pAlerta->GetQuantidadeTecnicos() == 0) return SetAviso(PX_MSG(117), kCampoAlertaTecnicos);
     return *this;
 }
 
@@ -115,7 +115,7 @@ CQZDadosGT_Erro& CPXTrataDadosPlano::TrataAdicionarAlterarComponente(
     _E_PX_MANUTENCOES_COMPONENTES eTipo) {
     LimpaErro();
     // Called directly by screens: without data services nothing is checked.
-    if (!GetAcessoManutencao() || !GetAcessoGestavo()) return SetAvisoPersonalizado(QZ_MODULO_PX, 0, 161L);
+    if (!GetAcessoManutencao() || !GetAcessoGestavo()) return SetAvisoPersonalizado(PX_MSG(161), 0);
 
     // A kind outside 1 to 3 gets none of the kind's warnings; its line is
     // still checked as a product or service.
@@ -124,7 +124,7 @@ CQZDadosGT_Erro& CPXTrataDadosPlano::TrataAdicionarAlterarComponente(
     const _REG_POSICAO_PRODUTOPS& posicao = pComponente->GetPosicaoProduto();
 
     if (posicao.lPonteiroProduto == 0 && pMensagens)
-        return SetAviso(QZ_MODULO_PX, pMensagens->lSemProduto, pCampos->lProduto);
+        return SetAviso(pMensagens->semProduto, pCampos->lProduto);
 
     if (pComponente->GetTipoProdutoServico() == kTipoServico) {
         if (VerificaServico(posicao).GetTipoErro() != 0) return SetCodigoCampo(kCampoServico);
@@ -137,18 +137,18 @@ CQZDadosGT_Erro& CPXTrataDadosPlano::TrataAdicionarAlterarComponente(
     }
 
     if (!pMensagens) return *this;
-    if (pComponente->GetQuantidade() <= CQZMoeda()) return SetAviso(QZ_MODULO_PX, 39, pCampos->lQuantidade);
+    if (pComponente->GetQuantidade() <= CQZMoeda()) return SetAviso(PX_MSG(39), pCampos->lQuantidade);
 
     auto posicaoDe = [](const CQZDadosPX_PlanoComponente& linha) { return linha.GetPosicaoProduto(); };
     if (PXPosicaoRepetida(lista, index, posicao, posicaoDe))
-        return SetAviso(QZ_MODULO_PX, pMensagens->lRepetido, pCampos->lProduto);
+        return SetAviso(pMensagens->repetido, pCampos->lProduto);
     return *this;
 }
 
 CQZDadosGT_Erro& CPXTrataDadosPlano::TrataAdicionarTarefa(const std::vector<uint32_t>& aPonteirosTarefa,
                                                           std::vector<CQZDadosPX_PlanoTarefa>& aTarefas) {
     LimpaErro();
-    if (!GetAcessoManutencao()) return SetAvisoPersonalizado(QZ_MODULO_PX, 0, 161L);
+    if (!GetAcessoManutencao()) return SetAvisoPersonalizado(PX_MSG(161), 0);
 
     std::vector<CQZDadosPX_PlanoTarefa> aNovas;
     for (uint32_t ulPonteiroTarefa : aPonteirosTarefa) {
@@ -164,7 +164,7 @@ CQZDadosGT_Erro& CPXTrataDadosPlano::TrataAdicionarTarefa(const std::vector<uint
             CQZDadosPX_Tarefa tarefa;
             if (GetAcessoManutencao()->LeBufferTarefa(ulPonteiroTarefa, &tarefa, 0) != 0)
                 return PassaErroServico(GetAcessoManutencao()->GetErro());
-            return SetAvisoPersonalizado(QZ_MODULO_PX, kCampoTarefas, 163L, tarefa.GetCodigo());
+            return SetAvisoPersonalizado(PX_MSG(163), kCampoTarefas, tarefa.GetCodigo());
         }
         aNovas.push_back(entrada);
     }

@@ -7,13 +7,11 @@
 
 #include <vector>
 
-#include "rules/PXTrataDadosArvore.h"
+#include "rules/PXTrataDadosRegistro.h"
 
-class CPXTrataDadosPlano : public CPXTrataDadosArvore {
+class CPXTrataDadosPlano : public TPXTrataDadosRegistro<CQZDadosPX_Plano> {
 public:
-    explicit CPXTrataDadosPlano(bool bInterfaceUsuario = false) : CPXTrataDadosArvore(bInterfaceUsuario) {}
-    CPXTrataDadosPlano(const CPXTrataDadosPlano&) = default;
-    CPXTrataDadosPlano& operator=(const CPXTrataDadosPlano&) = default;
+    explicit CPXTrataDadosPlano(bool bInterfaceUsuario = false);
     ~CPXTrataDadosPlano() override { Finaliza(); }
 
     // Checks an alert before it is added or changed; its description comes
@@ -34,7 +32,9 @@ public:
 protected:
     // Checks the caller's record in place: code and name come back trimmed
     // even when refused; a group is normalised only when it passes.
-    CQZDadosGT_Erro& OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia) override;
+    CQZDadosGT_Erro& Consistir(CQZDadosPX_Plano& dados, const CQZDadosPX_Plano*, IQZTrataInconsistencia*) override {
+        return ConsistirPlano(&dados);
+    }
 
 private:
     CQZDadosGT_Erro& ConsistirPlano(CQZDadosPX_Plano* pDados);

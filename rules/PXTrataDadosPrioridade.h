@@ -1,15 +1,14 @@
 // Rules of priorities. Priorities are not deleted through this handler.
 #pragma once
 
-#include "rules/PXTrataDados.h"
+#include "rules/PXTrataDadosRegistro.h"
 
-class CPXTrataDadosPrioridade : public CPXTrataDados {
+class CPXTrataDadosPrioridade : public TPXTrataDadosRegistro<CQZDadosPX_Prioridade> {
 public:
-    explicit CPXTrataDadosPrioridade(bool bInterfaceUsuario = false) : CPXTrataDados(bInterfaceUsuario) {}
-    CPXTrataDadosPrioridade(const CPXTrataDadosPrioridade&) = default;
-    CPXTrataDadosPrioridade& operator=(const CPXTrataDadosPrioridade&) = default;
+    explicit CPXTrataDadosPrioridade(bool bInterfaceUsuario = false);
     ~CPXTrataDadosPrioridade() override { Finaliza(); }
 
 protected:
-    CQZDadosGT_Erro& OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia) override;
+    CQZDadosGT_Erro& Consistir(CQZDadosPX_Prioridade& dados, const CQZDadosPX_Prioridade* pGravado,
+                               IQZTrataInconsistencia* pInconsistencia) override;
 };

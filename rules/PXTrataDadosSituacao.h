@@ -3,31 +3,20 @@
 // failed read or search on the code (field 1).
 #pragma once
 
-#include "rules/PXTrataDados.h"
+#include "rules/PXTrataDadosRegistro.h"
 
-class CPXTrataDadosSituacao : public CPXTrataDados {
+class CPXTrataDadosSituacao : public TPXTrataDadosRegistro<CQZDadosPX_Situacao> {
 public:
-    CPXTrataDadosSituacao(const CPXTrataDadosSituacao&) = default;
-    CPXTrataDadosSituacao& operator=(const CPXTrataDadosSituacao&) = default;
     ~CPXTrataDadosSituacao() override { Finaliza(); }
 
 protected:
-    explicit CPXTrataDadosSituacao(bool bInterfaceUsuario) : CPXTrataDados(bInterfaceUsuario) {}
+    CPXTrataDadosSituacao(const CPXGravacao<CQZDadosPX_Situacao>& gravacao, bool bInterfaceUsuario)
+        : TPXTrataDadosRegistro(gravacao, bInterfaceUsuario) {}
 
-    // Where a failed search is traced: the handler's own function, source
-    // and line id (pass __PRETTY_FUNCTION__ and __FILE__).
-    struct CPontoRastro {
-        const char* pszFuncao;
-        const char* pszArquivo;
-        int iLinha;
-    };
-
-    // Reads the stored copy of a saved situation into `gravado` and refuses
-    // it when somebody saved it since it was read (message 3).
-    CQZDadosGT_Erro& LeSituacaoAtual(const CQZDadosPX_Situacao& dados, CQZDadosPX_Situacao& gravado);
     // The code of a new situation must be free among the situations of its
-    // type (message 10); partial matching is off.
-    CQZDadosGT_Erro& VerificaCodigoLivre(const CString& codigo, uint8_t ucTipo, const CPontoRastro& ponto);
+    // type (message 10); partial matching is off. A failed search is traced
+    // at the handler's own trace point.
+    CQZDadosGT_Erro& VerificaCodigoLivre(const CString& codigo, uint8_t ucTipo, const CQZPontoRastro& ponto);
     // Trims the description and writes it back; message 49 when empty.
     CQZDadosGT_Erro& ConsisteDescricao(CQZDadosPX_Situacao& dados);
     // A situation of another type: message 125 of module 20, on purpose.

@@ -1,8 +1,18 @@
 #include "rules/PXTrataDadosSituacaoManutencao.h"
 
 namespace {
+constexpr long kCampoCodigo = 1;
 constexpr long kCampoSituacaoBase = 3;
 constexpr uint8_t kTipoManutencao = 1;
+
+constexpr CQZPontoRastro kRastroBuscaCodigo{60, "CPXTrataDadosSituacaoManutencao::OnTrataGravacao",
+                                             "PXTrataDadosSituacaoManutencao"};
+
+const CPXGravacao<CQZDadosPX_Situacao> kGravacao{
+    .le = PXLeGravado<&CQZAcessoManutencao::LeSituacao>,
+    .lCampoAtualizado = kCampoCodigo,
+    .lCampoFalhaLeitura = kCampoCodigo,
+};
 
 // The single-bit base situations of an order: open, started, finished,
 // cancelled, in progress, rescheduled.
@@ -14,31 +24,28 @@ bool EhSituacaoBase(uint8_t situacao) {
 }
 }  // namespace
 
-CQZDadosGT_Erro& CPXTrataDadosSituacaoManutencao::OnTrataGravacao(TQZBaseParaDados* pDados,
-                                                                  IQZTrataInconsistencia*) {
-    LimpaErro();
-    auto& dados = static_cast<CQZDadosPX_Situacao&>(*pDados);
+CPXTrataDadosSituacaoManutencao::CPXTrataDadosSituacaoManutencao(bool bInterfaceUsuario)
+    : CPXTrataDadosSituacao(kGravacao, bInterfaceUsuario) {}
 
-    if (dados.GetPosicao() != 0) {
-        CQZDadosPX_Situacao gravado;
-        if (LeSituacaoAtual(dados, gravado).GetTipoErro() != 0) return *this;
-        // Orders already carry the base situation this one stood for.
-        if (dados.GetSituacaoBase() != gravado.GetSituacaoBase()) return SetAviso(QZ_MODULO_PX, 123, kCampoCodigo);
-    }
+CQZDadosGT_Erro& CPXTrataDadosSituacaoManutencao::Consistir(CQZDadosPX_Situacao& dados,
+                                                            const CQZDadosPX_Situacao* pGravado,
+                                                            IQZTrataInconsistencia*) {
+    // Orders already carry the base situation a saved one stood for.
+    if (pGravado && dados.GetSituacaoBase() != pGravado->GetSituacaoBase())
+        return SetAviso(PX_MSG(123), kCampoCodigo);
 
     CString codigo = dados.GetCodigo();
     dados.SetCodigo(codigo.Trim());
-    if (codigo.IsEmpty()) return SetAviso(QZ_MODULO_PX, 1, kCampoCodigo);
+    if (codigo.IsEmpty()) return SetAviso(PX_MSG(1), kCampoCodigo);
 
     // A saved situation keeps its code unchecked.
-    if (dados.GetPosicao() == 0 &&
-        VerificaCodigoLivre(codigo, kTipoManutencao, {__PRETTY_FUNCTION__, __FILE__, 60}).GetTipoErro() != 0)
+    if (dados.GetPosicao() == 0 && VerificaCodigoLivre(codigo, kTipoManutencao, kRastroBuscaCodigo).GetTipoErro() != 0)
         return *this;
 
     if (ConsisteDescricao(dados).GetTipoErro() != 0) return *this;
     if (ConsisteTipo(dados, kTipoManutencao).GetTipoErro() != 0) return *this;
 
-    if (dados.GetSituacaoBase() == 0) return SetAviso(QZ_MODULO_PX, 124, kCampoSituacaoBase);
-    if (!EhSituacaoBase(dados.GetSituacaoBase())) return SetAviso(QZ_MODULO_PX, 125, kCampoSituacaoBase);
+    if (dados.GetSituacaoBase() == 0) return SetAviso(PX_MSG(124), kCampoSituacaoBase);
+    if (!EhSituacaoBase(dados.GetSituacaoBase())) return SetAviso(PX_MSG(125), kCampoSituacaoBase);
     return *this;
 }

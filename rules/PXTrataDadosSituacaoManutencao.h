@@ -7,12 +7,10 @@
 
 class CPXTrataDadosSituacaoManutencao : public CPXTrataDadosSituacao {
 public:
-    explicit CPXTrataDadosSituacaoManutencao(bool bInterfaceUsuario = false)
-        : CPXTrataDadosSituacao(bInterfaceUsuario) {}
-    CPXTrataDadosSituacaoManutencao(const CPXTrataDadosSituacaoManutencao&) = default;
-    CPXTrataDadosSituacaoManutencao& operator=(const CPXTrataDadosSituacaoManutencao&) = default;
+    explicit CPXTrataDadosSituacaoManutencao(bool bInterfaceUsuario = false);
     ~CPXTrataDadosSituacaoManutencao() override { Finaliza(); }
 
 protected:
-    CQZDadosGT_Erro& OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia) override;
+    CQZDadosGT_Erro& Consistir(CQZDadosPX_Situacao& dados, const CQZDadosPX_Situacao* pGravado,
+                               IQZTrataInconsistencia* pInconsistencia) override;
 };

@@ -6,11 +6,10 @@
 
 class CPXTrataDadosSituacaoTarefa : public CPXTrataDadosSituacao {
 public:
-    explicit CPXTrataDadosSituacaoTarefa(bool bInterfaceUsuario = false) : CPXTrataDadosSituacao(bInterfaceUsuario) {}
-    CPXTrataDadosSituacaoTarefa(const CPXTrataDadosSituacaoTarefa&) = default;
-    CPXTrataDadosSituacaoTarefa& operator=(const CPXTrataDadosSituacaoTarefa&) = default;
+    explicit CPXTrataDadosSituacaoTarefa(bool bInterfaceUsuario = false);
     ~CPXTrataDadosSituacaoTarefa() override { Finaliza(); }
 
 protected:
-    CQZDadosGT_Erro& OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia) override;
+    CQZDadosGT_Erro& Consistir(CQZDadosPX_Situacao& dados, const CQZDadosPX_Situacao* pGravado,
+                               IQZTrataInconsistencia* pInconsistencia) override;
 };

@@ -1,6 +1,7 @@
 #include "rules/PXTrataDadosTarefa.h"
 
 #include "files/PXCampos.h"
+#include "rules/PXConsisteCodigoNome.h"
 #include "rules/PXLinhaComponente.h"
 
 namespace {
@@ -14,14 +15,28 @@ constexpr long kCampoSituacaoInicial = 73;
 
 // The field checks have no self-parent test, so the tree check compares the
 // new parent with the task itself too.
-const CPXRegraArvore kRegraArvore{kCampoPai, true, std::nullopt};
+const CPXGravacao<CQZDadosPX_Tarefa> kGravacao{
+    .le = PXLeGravado<&CQZAcessoManutencao::LeTarefa>,
+    .lCampoAtualizado = kCamposCodigoNome.lCodigoNovo,
+    .arvore = CPXRegraArvore{kCampoPai, true, std::nullopt},
+    .subarvore = [](CQZAcessoManutencaoBuffer& servico, const CQZDadosPX_Tarefa& gravado,
+                    CQZListaClassificacao* pLista) {
+        CQZDadosPX_FiltroTarefa filtro;
+        filtro.GetFiltroClassificacao().SetPonteiroInicial(gravado.GetPonteiro());
+        return servico.BuscaClassificacaoTarefa(filtro, pLista);
+    },
+};
 }  // namespace
+
+CPXTrataDadosTarefa::CPXTrataDadosTarefa(bool bInterfaceUsuario) : TPXTrataDadosRegistro(kGravacao, bInterfaceUsuario) {}
 
 CQZDadosGT_Erro& CPXTrataDadosTarefa::ConsistirTarefa(CQZDadosPX_Tarefa* pDados, IQZTrataInconsistencia*) {
     LimpaErro();
     CQZDadosPX_Tarefa& dados = *pDados;
 
-    if (ConsistirCodigoNome(dados, kCamposCodigoNome, &CQZAcessoManutencao::BuscaPonteirosTarefa).GetTipoErro() != 0)
+    if (PXConsisteCodigoNome(*this, *GetAcessoManutencao(), dados, kCamposCodigoNome, CQZDadosPX_FiltroTarefa(),
+                             &CQZAcessoManutencao::BuscaPonteirosTarefa)
+            .GetTipoErro() != 0)
         return *this;
 
     if (dados.GetTipoClassificacao() != PX_CLASSIFICACAO_ANALITICO) {
@@ -40,37 +55,19 @@ CQZDadosGT_Erro& CPXTrataDadosTarefa::ConsistirTarefa(CQZDadosPX_Tarefa* pDados,
     }
 
     if (dados.GetEfetuarApontTarefa() != 0 && dados.GetPonteiroInfPersonalizada() == 0)
-        return SetAviso(QZ_MODULO_PX, 157, kCampoInfPersonalizada);
+        return SetAviso(PX_MSG(157), kCampoInfPersonalizada);
 
     if (dados.GetAtribuirSituacaoTarefa() != 0) {
-        if (dados.GetPonteiroSituacaoGrupo() == 0) return SetAviso(QZ_MODULO_PX, 179, kCampoSituacaoGrupo);
-        if (dados.GetPonteiroSituacaoInicial() == 0) return SetAviso(QZ_MODULO_PX, 180, kCampoSituacaoInicial);
+        if (dados.GetPonteiroSituacaoGrupo() == 0) return SetAviso(PX_MSG(179), kCampoSituacaoGrupo);
+        if (dados.GetPonteiroSituacaoInicial() == 0) return SetAviso(PX_MSG(180), kCampoSituacaoInicial);
     }
 
     if (dados.GetGarantia() != 0) {
         // Only a zero quantity is refused; the quantity's sign is not checked.
-        if (dados.GetQuantPeriodoGarantia().EhZero()) return SetAviso(QZ_MODULO_PX, 158, kCampoQuantPeriodoGarantia);
-        if (dados.GetPonteiroPeriodoGarantia() == 0) return SetAviso(QZ_MODULO_PX, 159, kCampoPeriodoGarantia);
+        if (dados.GetQuantPeriodoGarantia().EhZero()) return SetAviso(PX_MSG(158), kCampoQuantPeriodoGarantia);
+        if (dados.GetPonteiroPeriodoGarantia() == 0) return SetAviso(PX_MSG(159), kCampoPeriodoGarantia);
     }
     return *this;
-}
-
-CQZDadosGT_Erro& CPXTrataDadosTarefa::OnTrataGravacao(TQZBaseParaDados* pDados,
-                                                      IQZTrataInconsistencia* pInconsistencia) {
-    auto& dados = static_cast<CQZDadosPX_Tarefa&>(*pDados);
-    auto le = [&](CQZDadosPX_Tarefa& gravado) {
-        return GetAcessoManutencao()->LeTarefa(dados.GetPonteiro(), &gravado, 0);
-    };
-    auto busca = [&](const CQZDadosPX_Tarefa& gravado, CQZListaClassificacao* pLista) {
-        CQZDadosPX_FiltroTarefa filtro;
-        filtro.GetFiltroClassificacao().SetPonteiroInicial(gravado.GetPonteiro());
-        return GetAcessoManutencao()->BuscaClassificacaoTarefa(filtro, pLista);
-    };
-    auto consistir = [&](CQZDadosPX_Tarefa& registro) -> CQZDadosGT_Erro& {
-        return ConsistirTarefa(&registro, pInconsistencia);
-    };
-    return TrataGravacaoArvore(dados, dados.GetPonteiroPai(), kCamposCodigoNome.lCodigoNovo, kRegraArvore, le, busca,
-                               consistir);
 }
 
 CQZDadosGT_Erro& CPXTrataDadosTarefa::TrataIncluirAlterarComponente(
@@ -82,12 +79,12 @@ CQZDadosGT_Erro& CPXTrataDadosTarefa::TrataIncluirAlterarComponente(
 
     const long lCampoCodigo = CPXCampos::GetCampoTarefaComponenteCodigo(ucTipo);
     const _REG_POSICAO_PRODUTOPS& posicao = pComponente->GetPosicaoProdutoServico();
-    if (posicao.lPonteiroProduto == 0) return SetAviso(QZ_MODULO_PX, pMensagens->lSemProduto, lCampoCodigo);
+    if (posicao.lPonteiroProduto == 0) return SetAviso(pMensagens->semProduto, lCampoCodigo);
     if (pComponente->GetQuantidade() <= CQZMoeda())
-        return SetAviso(QZ_MODULO_PX, 39, CPXCampos::GetCampoTarefaComponenteQuantidade(ucTipo));
+        return SetAviso(PX_MSG(39), CPXCampos::GetCampoTarefaComponenteQuantidade(ucTipo));
 
     auto posicaoDe = [](const CQZDadosPX_TarefaComponente& linha) { return linha.GetPosicaoProdutoServico(); };
     if (PXPosicaoRepetida(lista, index, posicao, posicaoDe))
-        return SetAviso(QZ_MODULO_PX, pMensagens->lRepetido, lCampoCodigo);
+        return SetAviso(pMensagens->repetido, lCampoCodigo);
     return *this;
 }

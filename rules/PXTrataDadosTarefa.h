@@ -6,13 +6,11 @@
 
 #include <vector>
 
-#include "rules/PXTrataDadosArvore.h"
+#include "rules/PXTrataDadosRegistro.h"
 
-class CPXTrataDadosTarefa : public CPXTrataDadosArvore {
+class CPXTrataDadosTarefa : public TPXTrataDadosRegistro<CQZDadosPX_Tarefa> {
 public:
-    explicit CPXTrataDadosTarefa(bool bInterfaceUsuario = false) : CPXTrataDadosArvore(bInterfaceUsuario) {}
-    CPXTrataDadosTarefa(const CPXTrataDadosTarefa&) = default;
-    CPXTrataDadosTarefa& operator=(const CPXTrataDadosTarefa&) = default;
+    explicit CPXTrataDadosTarefa(bool bInterfaceUsuario = false);
     ~CPXTrataDadosTarefa() override { Finaliza(); }
 
     // Checks a line about to enter `lista`, the list of its kind. `index` is
@@ -26,7 +24,10 @@ public:
 protected:
     // Checks the caller's record in place: code and name come back trimmed
     // even when refused; a group is normalised only when it passes.
-    CQZDadosGT_Erro& OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia) override;
+    CQZDadosGT_Erro& Consistir(CQZDadosPX_Tarefa& dados, const CQZDadosPX_Tarefa*,
+                               IQZTrataInconsistencia* pInconsistencia) override {
+        return ConsistirTarefa(&dados, pInconsistencia);
+    }
 
 private:
     CQZDadosGT_Erro& ConsistirTarefa(CQZDadosPX_Tarefa* pDados, IQZTrataInconsistencia* pInconsistencia);

@@ -1,7 +1,6 @@
 #include "rules/PXTrataDadosTecnico.h"
 
 #include "rules/PXConsisteCodigoNome.h"
-#include "rules/PXVerificaArvore.h"
 
 namespace {
 constexpr long kCampoCodigoNovo = 7;
@@ -11,16 +10,29 @@ constexpr long kCampoPai = 10;
 constexpr long kCampoUsuario = 12;
 constexpr long kCampoDisciplinas = 14;
 
-// The field checks have no self-parent test, so the tree check compares the
-// new parent with the record itself too.
-const CPXRegraArvore kRegraArvore{kCampoPai, true, std::nullopt};
 constexpr CPXCamposCodigoNome kCamposCodigoNome{kCampoCodigoNovo, kCampoCodigoGravado, kCampoNome};
+
+// The field checks have no self-parent test, so the tree check compares the
+// new parent with the record itself too. The read key is signed.
+const CPXGravacao<CQZDadosPX_Tecnico> kGravacao{
+    .le = PXLeGravado<&CQZAcessoManutencao::LeTecnico>,
+    .lCampoAtualizado = kCampoCodigoNovo,
+    .arvore = CPXRegraArvore{kCampoPai, true, std::nullopt},
+    .subarvore = [](CQZAcessoManutencaoBuffer& servico, const CQZDadosPX_Tecnico& gravado,
+                    CQZListaClassificacao* pLista) {
+        CQZDadosPX_FiltroTecnico filtro;
+        filtro.SetPonteiroPai(gravado.GetPonteiro()).SetTodasFiliais(1);
+        return servico.BuscaClassificacaoTecnico(filtro, pLista);
+    },
+};
 }  // namespace
+
+CPXTrataDadosTecnico::CPXTrataDadosTecnico(bool bInterfaceUsuario) : TPXTrataDadosRegistro(kGravacao, bInterfaceUsuario) {}
 
 CQZDadosGT_Erro& CPXTrataDadosTecnico::ConsistirTecnico(CQZDadosPX_Tecnico* pDados) {
     LimpaErro();
     // Called directly by screens: without data services nothing is checked.
-    if (!GetAcessoManutencao()) return SetAvisoPersonalizado(QZ_MODULO_PX, 0, 161L);
+    if (!GetAcessoManutencao()) return SetAvisoPersonalizado(PX_MSG(161), 0);
     CQZDadosPX_Tecnico& dados = *pDados;
 
     // Codes are unique across all branches.
@@ -54,41 +66,18 @@ CQZDadosGT_Erro& CPXTrataDadosTecnico::ConsistirTecnico(CQZDadosPX_Tecnico* pDad
     if (GetAcessoManutencao()->BuscaPonteirosTecnico(filtroUsuario, aPonteiros) != 0)
         return PassaErroServico(GetAcessoManutencao()->GetErro());
     const bool soEle = aPonteiros.IsEmpty() || (aPonteiros.GetSize() == 1 && aPonteiros[0] == dados.GetPonteiro());
-    if (!soEle) return SetAviso(QZ_MODULO_PX, 121, kCampoUsuario);
+    if (!soEle) return SetAviso(PX_MSG(121), kCampoUsuario);
     return *this;
-}
-
-CQZDadosGT_Erro& CPXTrataDadosTecnico::OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia*) {
-    LimpaErro();
-    auto& dados = static_cast<CQZDadosPX_Tecnico&>(*pDados);
-    if (dados.GetPonteiro() == 0) return ConsistirTecnico(&dados);
-
-    CQZDadosPX_Tecnico gravado;
-    if (GetAcessoManutencao()->LeTecnico(static_cast<int32_t>(dados.GetPonteiro()), &gravado, 0) != 0)
-        return PassaErroServico(GetAcessoManutencao()->GetErro());
-    if (ValidaRegistroAtualizado(gravado.GetDmaHmsGravacao(), dados.GetDmaHmsGravacao(), kCampoCodigoNovo)
-            .GetTipoErro() != 0)
-        return *this;
-
-    // For a saved record the tree comes before the fields.
-    auto busca = [&](CQZListaClassificacao* pLista) {
-        CQZDadosPX_FiltroTecnico filtro;
-        filtro.SetPonteiroPai(gravado.GetPonteiro()).SetTodasFiliais(1);
-        return GetAcessoManutencao()->BuscaClassificacaoTecnico(filtro, pLista);
-    };
-    if (PXVerificaArvore(*this, *GetAcessoManutencao(), kRegraArvore, gravado, dados, busca).GetTipoErro() != 0)
-        return *this;
-    return ConsistirTecnico(&dados);
 }
 
 CQZDadosGT_Erro& CPXTrataDadosTecnico::TrataAdicionarDisciplina(CQZDadosPX_Tecnico& dados,
                                                                 CQZDadosPX_TecnicoDisciplina& disciplina,
                                                                 IQZTrataInconsistencia*) {
     LimpaErro();
-    if (disciplina.GetPonteiroDisciplina() == 0) return SetAviso(QZ_MODULO_PX, 86, kCampoDisciplinas);
+    if (disciplina.GetPonteiroDisciplina() == 0) return SetAviso(PX_MSG(86), kCampoDisciplinas);
     for (int64_t i = 0; i < dados.GetQuantidadeDisciplina(); ++i)
         if (dados.GetConstRefDisciplina(i).GetPonteiroDisciplina() == disciplina.GetPonteiroDisciplina())
-            return SetAviso(QZ_MODULO_PX, 87, kCampoDisciplinas);
+            return SetAviso(PX_MSG(87), kCampoDisciplinas);
     dados.AdicionaDisciplina(disciplina);
     return *this;
 }

@@ -4,13 +4,11 @@
 // Deletion is guarded by CPXControleIntegridade.
 #pragma once
 
-#include "rules/PXTrataDados.h"
+#include "rules/PXTrataDadosRegistro.h"
 
-class CPXTrataDadosTecnico : public CPXTrataDados {
+class CPXTrataDadosTecnico : public TPXTrataDadosRegistro<CQZDadosPX_Tecnico> {
 public:
-    explicit CPXTrataDadosTecnico(bool bInterfaceUsuario = false) : CPXTrataDados(bInterfaceUsuario) {}
-    CPXTrataDadosTecnico(const CPXTrataDadosTecnico&) = default;
-    CPXTrataDadosTecnico& operator=(const CPXTrataDadosTecnico&) = default;
+    explicit CPXTrataDadosTecnico(bool bInterfaceUsuario = false);
     ~CPXTrataDadosTecnico() override { Finaliza(); }
 
     // Checks the record; a group is normalised in place (no branch, active,
@@ -22,5 +20,8 @@ public:
                                               IQZTrataInconsistencia* pInconsistencia);
 
 protected:
-    CQZDadosGT_Erro& OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia) override;
+    // A saved technician is checked in the tree before its fields.
+    CQZDadosGT_Erro& Consistir(CQZDadosPX_Tecnico& dados, const CQZDadosPX_Tecnico*, IQZTrataInconsistencia*) override {
+        return ConsistirTecnico(&dados);
+    }
 };

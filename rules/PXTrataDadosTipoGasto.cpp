@@ -1,10 +1,33 @@
 #include "rules/PXTrataDadosTipoGasto.h"
 
-CQZDadosGT_Erro& CPXTrataDadosTipoGasto::ConsistirTipoGasto(CQZDadosPX_TipoGasto* pDados) {
-    return ConsisteCadastro(*pDados);
-}
+#include "rules/PXConsisteCodigoNome.h"
 
-CQZDadosGT_Erro& CPXTrataDadosTipoGasto::OnTrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia*) {
-    return TrataGravacaoCadastro(static_cast<CQZDadosPX_TipoGasto&>(*pDados),
-                                 [this](CQZDadosPX_TipoGasto* p) -> CQZDadosGT_Erro& { return ConsistirTipoGasto(p); });
+namespace {
+constexpr CPXCamposCodigoNome kCamposCodigoNome{.lCodigoNovo = 130, .lCodigoGravado = 131, .lNome = 132};
+// A self-parent is reported on the parent field (disciplines report it on
+// the name field).
+constexpr long kCampoPai = 133;
+
+// The fields come before the stored copy; the read key is unsigned.
+const CPXGravacao<CQZDadosPX_TipoGasto> kGravacao{
+    .le = PXLeGravado<&CQZAcessoManutencao::LeTipoGasto>,
+    .lCampoAtualizado = kCamposCodigoNome.lCodigoNovo,
+    .ordem = EPXOrdemGravacao::CAMPOS_ANTES,
+    .arvore = CPXRegraArvore{kCampoPai, false, std::nullopt},
+    .subarvore = [](CQZAcessoManutencaoBuffer& servico, const CQZDadosPX_TipoGasto& gravado,
+                    CQZListaClassificacao* pLista) {
+        CQZDadosPX_FiltroTipoGasto filtro;
+        filtro.SetPonteiroPai(gravado.GetPonteiro());
+        return servico.BuscaClassificacaoTipoGasto(filtro, pLista);
+    },
+};
+}  // namespace
+
+CPXTrataDadosTipoGasto::CPXTrataDadosTipoGasto(bool bInterfaceUsuario)
+    : TPXTrataDadosRegistro(kGravacao, bInterfaceUsuario) {}
+
+CQZDadosGT_Erro& CPXTrataDadosTipoGasto::ConsistirTipoGasto(CQZDadosPX_TipoGasto* pDados) {
+    LimpaErro();
+    return PXConsisteCadastroArvore(*this, *GetAcessoManutencao(), *pDados, kCamposCodigoNome, kCampoPai,
+                                    &CQZAcessoManutencao::BuscaPonteirosTipoGasto);
 }

@@ -15,12 +15,12 @@ CQZDadosGT_Erro& PXVerificaArvore(CQZDadosGT_Erro& erro, const CQZAcessoManutenc
     }
 
     const bool temDescendentes = subarvore.size() > 1;
-    if (temDescendentes && ucTipoNovo == PX_CLASSIFICACAO_ANALITICO) return erro.SetAviso(QZ_MODULO_PX, 98, regra.lCampo);
+    if (temDescendentes && ucTipoNovo == PX_CLASSIFICACAO_ANALITICO) return erro.SetAviso(PX_MSG(98), regra.lCampo);
 
     if (ulPaiNovo != 0) {
         // Entry 0 is the record itself; the rest are its descendants.
         for (size_t i = regra.bComparaProprio ? 0 : 1; i < subarvore.size(); ++i)
-            if (subarvore[i].GetPonteiro() == ulPaiNovo) return erro.SetAviso(QZ_MODULO_PX, 99, regra.lCampo);
+            if (subarvore[i].GetPonteiro() == ulPaiNovo) return erro.SetAviso(PX_MSG(99), regra.lCampo);
     }
     return erro;
 }

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <atomic>
 
+#include "store/QZConexaoInfoExtrasSQL.h"
+
 namespace qzsql {
 
 int Tabela::IndiceColuna(const std::string& campo) const {
@@ -58,9 +60,9 @@ std::atomic<IQZAuditorPlanos*> g_auditor{nullptr};
 // declarations add are reconciled after them at every open. Files made
 // before the layout was versioned are version 0.
 struct Migracao {
-    int versao;
+    int64_t versao;
     const char* descricao;
-    void (*aplica)(sqlite3* db);
+    void (*aplica)(qzsql::CQZBanco& banco);
 };
 constexpr Migracao kMigracoes[] = {
     {1, "primeiro esquema versionado: uma tabela por registro, listas em tabelas filhas", nullptr},
@@ -100,76 +102,74 @@ std::vector<const qzsql::Tabela*> TabelasDeclaradas() {
 }  // namespace
 
 CQZArmazemSQL::CQZArmazemSQL(const std::string& caminho, QZModoAbertura modo, int esperaMs)
-    : m_sCaminho(caminho), m_esperaMs(esperaMs) {
-    const bool memoria = caminho == ":memory:";
+    : m_sCaminho(caminho), m_banco(caminho) {
+    m_banco.DefineObservador(this);
+    const bool memoria = caminho == ":memory:" || caminho.rfind("file:", 0) == 0;
     if (modo == QZ_ABRE_EXISTENTE && !memoria && !ArquivoExiste(caminho)) {
         m_erro.SetErro(QZ_E_BANCO, QZ_MODULO_CONEXAO, 1, "O armazém %s não existe.", caminho.c_str());
         return;
     }
-    int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | (modo == QZ_ABRE_OU_CRIA ? SQLITE_OPEN_CREATE : 0);
-    if (sqlite3_open_v2(caminho.c_str(), &m_db, flags, nullptr) != SQLITE_OK) {
-        m_erro.SetErro(QZ_E_BANCO, QZ_MODULO_CONEXAO, 1, "Não foi possível abrir o armazém %s: %s", caminho.c_str(),
-                       m_db ? sqlite3_errmsg(m_db) : "sem memória");
-        sqlite3_close(m_db);
-        m_db = nullptr;
-        return;
-    }
-    long hr = Despacha("Abre", [&]() -> long {
+    const int flags =
+        SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI | (modo == QZ_ABRE_OU_CRIA ? SQLITE_OPEN_CREATE : 0);
+    try {
+        m_banco.Abre(caminho, flags, esperaMs);
         Inicia(modo);
-        return 0;
-    });
-    if (hr != 0) {
-        for (auto& [sql, st] : m_stmts) sqlite3_finalize(st);
-        m_stmts.clear();
-        sqlite3_close(m_db);
-        m_db = nullptr;
+    } catch (const qzsql::Falha& f) {
+        // A store that failed to open is closed; its error record says why.
+        m_erro.SetErro(f.hr, QZ_MODULO_CONEXAO, f.mensagem, "%s", f.texto.c_str());
+        m_banco.Fecha();
+    } catch (const std::bad_alloc&) {
+        m_erro.SetErro(QZ_E_SEM_MEMORIA, QZ_MODULO_CONEXAO, 1, "Memória insuficiente ao abrir %s.", caminho.c_str());
+        m_banco.Fecha();
     }
 }
 
 CQZArmazemSQL::~CQZArmazemSQL() {
-    for (auto& [sql, st] : m_stmts) sqlite3_finalize(st);
-    if (m_db) {
-        // What SQLite advises before closing: refresh statistics that drifted.
-        sqlite3_exec(m_db, "PRAGMA optimize", nullptr, nullptr, nullptr);
-        sqlite3_close(m_db);
+    m_infoExtras.reset();
+    // What SQLite advises before closing: refresh statistics that drifted.
+    if (m_banco.EstaAberto()) sqlite3_exec(m_banco.Db(), "PRAGMA optimize", nullptr, nullptr, nullptr);
+}
+
+IQZArmazemInfoExtras* CQZArmazemSQL::InfoExtras() {
+    if (!m_infoExtras && m_banco.EstaAberto()) {
+        m_infoExtras = std::make_unique<CQZConexaoInfoExtrasSQL>(m_banco);
+        m_infoExtras->DefineGancho(m_pGancho);
     }
+    return m_infoExtras.get();
+}
+
+void CQZArmazemSQL::DefineGancho(IQZGanchoAcesso* gancho) {
+    m_pGancho = gancho;
+    if (m_infoExtras) m_infoExtras->DefineGancho(gancho);
 }
 
 void CQZArmazemSQL::AtualizaEstatisticas() {
     // Without statistics the planner takes any index of an equality, and a
     // flag's index (Inativo = 0) reads nearly the whole table where a user's
     // or a code's reads one row. The statements are prepared anew to use them.
-    Executa("ANALYZE");
-    for (auto& [sql, st] : m_stmts) sqlite3_finalize(st);
-    m_stmts.clear();
-}
-
-void CQZArmazemSQL::DefineTempoEspera(int ms) {
-    m_esperaMs = ms;
-    if (m_db) sqlite3_busy_timeout(m_db, ms);
+    m_banco.Executa("ANALYZE");
+    m_banco.DescartaComandos();
 }
 
 void CQZArmazemSQL::DefineAuditorPlanos(IQZAuditorPlanos* auditor) { g_auditor.store(auditor); }
 
-long CQZArmazemSQL::LeVersaoEsquema(int& versao) {
+long CQZArmazemSQL::LeVersaoEsquema(int64_t& versao) {
     return Despacha("LeVersaoEsquema", [&]() -> long {
         versao = VersaoGravada();
         return 0;
     });
 }
 
-int CQZArmazemSQL::VersaoGravada() {
-    sqlite3_stmt* st = Prepara("SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = 'QZ_Esquema'");
-    bool temTabela = Passo(st) && sqlite3_column_int(st, 0) > 0;
-    sqlite3_reset(st);
-    if (!temTabela) return -1;
-    st = Prepara("SELECT COALESCE(MAX(versao), 0) FROM QZ_Esquema");
-    int versao = Passo(st) ? sqlite3_column_int(st, 0) : 0;
-    sqlite3_reset(st);
-    return versao;
+int64_t CQZArmazemSQL::VersaoGravada() {
+    {
+        qzsql::CQZComando c(m_banco, "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = 'QZ_Esquema'");
+        if (!c.Passo() || c.Inteiro(0) == 0) return -1;
+    }
+    qzsql::CQZComando c(m_banco, "SELECT COALESCE(MAX(versao), 0) FROM QZ_Esquema");
+    return c.Passo() ? c.Inteiro(0) : 0;
 }
 
-void CQZArmazemSQL::VerificaVersaoConhecida(int versao) {
+void CQZArmazemSQL::VerificaVersaoConhecida(int64_t versao) {
     if (versao > kVersaoEsquema)
         throw qzsql::Falha{QZ_E_BANCO, 1,
                            "O armazém " + m_sCaminho + " foi gravado por uma versão mais nova do PXLREG (esquema " +
@@ -178,24 +178,20 @@ void CQZArmazemSQL::VerificaVersaoConhecida(int versao) {
 }
 
 void CQZArmazemSQL::Inicia(QZModoAbertura modo) {
-    sqlite3_busy_timeout(m_db, m_esperaMs);
-    Executa("PRAGMA foreign_keys = ON");
+    m_banco.Executa("PRAGMA foreign_keys = ON");
     // The first read of the file: a file that is not a database fails here.
-    int versao = VersaoGravada();
+    int64_t versao = VersaoGravada();
     if (modo == QZ_ABRE_EXISTENTE && versao < 0) {
-        sqlite3_stmt* st =
-            Prepara("SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name LIKE 'CQZ%'");
-        bool temRegistros = Passo(st) && sqlite3_column_int(st, 0) > 0;
-        sqlite3_reset(st);
-        if (!temRegistros)
+        qzsql::CQZComando c(m_banco, "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name LIKE 'CQZ%'");
+        if (!c.Passo() || c.Inteiro(0) == 0)
             throw qzsql::Falha{QZ_E_BANCO, 1, "O arquivo " + m_sCaminho + " não é um armazém do PXLREG."};
     }
     VerificaVersaoConhecida(versao);
-    Executa("PRAGMA journal_mode = WAL");
+    m_banco.Executa("PRAGMA journal_mode = WAL");
     // A committed save survives a power failure too.
-    Executa("PRAGMA synchronous = FULL");
+    m_banco.Executa("PRAGMA synchronous = FULL");
     // Statistics from a sample of each index: cheap on large tables.
-    Executa("PRAGMA analysis_limit = 1000");
+    m_banco.Executa("PRAGMA analysis_limit = 1000");
 
     const auto tabelas = TabelasDeclaradas();
     std::vector<std::string> ddl;
@@ -203,44 +199,41 @@ void CQZArmazemSQL::Inicia(QZModoAbertura modo) {
     // An up-to-date file is opened without taking the write lock, so a store
     // opens while another connection writes.
     if (versao != kVersaoEsquema || !ddl.empty()) {
-        Executa("BEGIN IMMEDIATE");
-        try {
+        long hr = m_banco.EmTransacao(qzsql::EModoTransacao::ESCRITA, [&]() -> long {
             versao = VersaoGravada();
             VerificaVersaoConhecida(versao);
-            Executa("CREATE TABLE IF NOT EXISTS QZ_Esquema (versao INTEGER PRIMARY KEY, descricao TEXT NOT NULL, "
-                    "aplicada_em TEXT NOT NULL)");
+            m_banco.Executa("CREATE TABLE IF NOT EXISTS QZ_Esquema (versao INTEGER PRIMARY KEY, descricao TEXT NOT "
+                            "NULL, aplicada_em TEXT NOT NULL)");
             for (const Migracao& m : kMigracoes) {
                 if (m.versao <= versao) continue;
-                if (m.aplica) m.aplica(m_db);
-                sqlite3_stmt* st = Prepara(
-                    "INSERT INTO QZ_Esquema (versao, descricao, aplicada_em) VALUES (?, ?, datetime('now'))");
-                Liga(st, 1, static_cast<int64_t>(m.versao));
-                Liga(st, 2, std::string(m.descricao));
-                Passo(st);
-                sqlite3_reset(st);
+                if (m.aplica) m.aplica(m_banco);
+                qzsql::CQZComando c(
+                    m_banco, "INSERT INTO QZ_Esquema (versao, descricao, aplicada_em) VALUES (?, ?, datetime('now'))");
+                c.Liga(1, m.versao).LigaTexto(2, m.descricao);
+                c.Passo();
             }
             ddl.clear();
             for (const auto* t : tabelas) PlanoTabela(*t, {}, ddl);
-            for (const auto& sql : ddl) Executa(sql);
-            Executa("COMMIT");
-        } catch (...) {
-            sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
-            throw;
-        }
+            for (const auto& sql : ddl) m_banco.Executa(sql.c_str());
+            return 0;
+        });
+        (void)hr;  // the transaction's work returns 0 or throws
     }
     for (const auto* t : tabelas) m_tabelasCriadas.insert(t->nome);
 }
 
 void CQZArmazemSQL::PlanoTabela(const qzsql::Tabela& t, const std::string& tabelaPai, std::vector<std::string>& ddl) {
     std::set<std::string> colunas, indices;
-    sqlite3_stmt* st = Prepara("SELECT name FROM pragma_table_info(?1)");
-    Liga(st, 1, t.nome);
-    while (Passo(st)) colunas.insert(reinterpret_cast<const char*>(sqlite3_column_text(st, 0)));
-    sqlite3_reset(st);
-    st = Prepara("SELECT name FROM sqlite_master WHERE type = 'index' AND tbl_name = ?1");
-    Liga(st, 1, t.nome);
-    while (Passo(st)) indices.insert(reinterpret_cast<const char*>(sqlite3_column_text(st, 0)));
-    sqlite3_reset(st);
+    {
+        qzsql::CQZComando c(m_banco, "SELECT name FROM pragma_table_info(?1)");
+        c.LigaTexto(1, t.nome);
+        while (c.Passo()) colunas.emplace(c.Texto(0));
+    }
+    {
+        qzsql::CQZComando c(m_banco, "SELECT name FROM sqlite_master WHERE type = 'index' AND tbl_name = ?1");
+        c.LigaTexto(1, t.nome);
+        while (c.Passo()) indices.emplace(c.Texto(0));
+    }
 
     const std::string tab = "\"" + t.nome + "\"";
     if (colunas.empty()) {
@@ -267,116 +260,87 @@ void CQZArmazemSQL::ReconciliaTabela(const qzsql::Tabela& t) {
     std::vector<std::string> ddl;
     PlanoTabela(t, {}, ddl);
     if (ddl.empty()) return;
-    if (m_nivelTransacao > 0) {
-        for (const auto& sql : ddl) Executa(sql);
-        return;
-    }
-    Executa("BEGIN IMMEDIATE");
-    try {
+    long hr = m_banco.EmTransacao(qzsql::EModoTransacao::ESCRITA, [&]() -> long {
         ddl.clear();
         PlanoTabela(t, {}, ddl);
-        for (const auto& sql : ddl) Executa(sql);
-        Executa("COMMIT");
-    } catch (...) {
-        sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
-        throw;
-    }
+        for (const auto& sql : ddl) m_banco.Executa(sql.c_str());
+        return 0;
+    });
+    (void)hr;  // the transaction's work returns 0 or throws
 }
 
-[[noreturn]] void CQZArmazemSQL::FalhaSql(const char* contexto) {
-    const int codigo = sqlite3_errcode(m_db) & 0xFF;
-    if (codigo == SQLITE_BUSY || codigo == SQLITE_LOCKED)
-        throw qzsql::Falha{QZ_E_BANCO_OCUPADO, 4,
-                           "O armazém " + m_sCaminho + " está em uso por outra gravação (esperou " +
-                               std::to_string(m_esperaMs) + " ms): " + sqlite3_errmsg(m_db)};
-    if (codigo == SQLITE_NOTADB || codigo == SQLITE_CORRUPT)
-        throw qzsql::Falha{QZ_E_BANCO, 1,
-                           "O arquivo " + m_sCaminho + " não é um armazém válido ou está corrompido: " +
-                               sqlite3_errmsg(m_db)};
-    throw qzsql::Falha{QZ_E_BANCO, 1, std::string("Erro do banco de dados (") + contexto + "): " + sqlite3_errmsg(m_db)};
-}
-
-sqlite3_stmt* CQZArmazemSQL::Prepara(const std::string& sql) {
-    if (auto it = m_stmts.find(sql); it != m_stmts.end()) return it->second;
-    sqlite3_stmt* st = nullptr;
-    if (sqlite3_prepare_v3(m_db, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &st, nullptr) != SQLITE_OK)
-        FalhaSql(sql.c_str());
-    m_stmts.emplace(sql, st);
-    return st;
-}
-
-void CQZArmazemSQL::Liga(sqlite3_stmt* st, int indice, const CQZValor& valor) {
-    int rc;
+void CQZArmazemSQL::Liga(qzsql::CQZComando& c, int indice, const CQZValor& valor) {
     if (const int64_t* v = std::get_if<int64_t>(&valor)) {
-        rc = sqlite3_bind_int64(st, indice, *v);
+        c.Liga(indice, *v);
     } else if (const std::string* bruto = std::get_if<std::string>(&valor)) {
-        rc = sqlite3_bind_text(st, indice, bruto->data(), static_cast<int>(bruto->size()), SQLITE_TRANSIENT);
+        c.LigaTexto(indice, *bruto);
     } else {
         std::string utf8, erro;
-        if (!QZCp1252ParaUtf8(std::get<CString>(valor).str(), utf8, &erro)) {
-            sqlite3_reset(st);
+        if (!QZCp1252ParaUtf8(std::get<CString>(valor).str(), utf8, &erro))
             throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Texto inválido: " + erro};
-        }
-        rc = sqlite3_bind_text(st, indice, utf8.data(), static_cast<int>(utf8.size()), SQLITE_TRANSIENT);
+        c.LigaTexto(indice, utf8);
     }
-    if (rc != SQLITE_OK) FalhaSql("bind");
 }
 
-CQZValor CQZArmazemSQL::ColunaValor(sqlite3_stmt* st, int indice, bool texto) {
-    if (!texto) return static_cast<int64_t>(sqlite3_column_int64(st, indice));
-    const auto* p = reinterpret_cast<const char*>(sqlite3_column_text(st, indice));
+CQZValor CQZArmazemSQL::ColunaValor(const qzsql::CQZComando& c, int indice, bool texto) {
+    if (!texto) return c.Inteiro(indice);
     std::string cp1252, erro;
-    if (p && !QZUtf8ParaCp1252(std::string(p, static_cast<size_t>(sqlite3_column_bytes(st, indice))), cp1252, &erro)) {
-        sqlite3_reset(st);
+    if (!QZUtf8ParaCp1252(std::string(c.Texto(indice)), cp1252, &erro))
         throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Texto gravado sem forma em Windows-1252: " + erro};
-    }
     return CString(std::move(cp1252));
 }
 
-bool CQZArmazemSQL::Passo(sqlite3_stmt* st) {
-    int rc = sqlite3_step(st);
-    if (rc == SQLITE_ROW) return true;
-    if (rc == SQLITE_DONE) return false;
-    sqlite3_reset(st);
-    FalhaSql(sqlite3_sql(st));
+void CQZArmazemSQL::AoIniciar() {
+    // Writes of other connections are noticed once per transaction.
+    VerificaVersaoDados();
 }
 
-void CQZArmazemSQL::Executa(const std::string& sql) {
-    char* msg = nullptr;
-    if (sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, &msg) != SQLITE_OK) {
-        sqlite3_free(msg);
-        FalhaSql(sql.c_str());
-    }
+void CQZArmazemSQL::AoConfirmar(int64_t linhas) {
+    if (linhas >= kLinhasParaEstatisticas) AtualizaEstatisticas();
+}
+
+void CQZArmazemSQL::AoDesfazer() {
+    // What was read or made inside the transaction is gone with it.
+    m_cache.clear();
+    m_tabelasCriadas.clear();
 }
 
 void CQZArmazemSQL::VerificaVersaoDados() {
-    // Another connection's commit changes data_version: the cache is stale.
-    sqlite3_stmt* st = Prepara("PRAGMA data_version");
-    int64_t versao = Passo(st) ? sqlite3_column_int64(st, 0) : -1;
-    sqlite3_reset(st);
+    // Inside a transaction the snapshot is fixed: checked when it began.
+    if (m_banco.NivelTransacao() > 0 && m_versaoDados >= 0) return;
+    qzsql::CQZComando c(m_banco, "PRAGMA data_version");
+    const int64_t versao = c.Passo() ? c.Inteiro(0) : -1;
     if (versao != m_versaoDados) {
-        LimpaCache();
+        m_cache.clear();
         m_versaoDados = versao;
     }
 }
 
 int64_t CQZArmazemSQL::ProximaChave(const qzsql::Tabela& t) {
-    sqlite3_stmt* st = Prepara("SELECT COALESCE(MAX(chave), 0) + 1 FROM \"" + t.nome + "\"");
-    int64_t chave = Passo(st) ? sqlite3_column_int64(st, 0) : 1;
-    sqlite3_reset(st);
-    if (chave > 0xFFFFFFFFll) throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Tabela " + t.nome + " cheia."};
-    return chave;
+    const std::string tab = "\"" + t.nome + "\"";
+    {
+        qzsql::CQZComando c(m_banco, "SELECT COALESCE(MAX(chave), 0) + 1 FROM " + tab);
+        const int64_t chave = c.Passo() ? c.Inteiro(0) : 1;
+        if (chave <= kPosicaoMaxima) return chave;
+    }
+    // The highest position is taken: the lowest free one, if any is.
+    qzsql::CQZComando c(m_banco, "SELECT CASE WHEN NOT EXISTS (SELECT 1 FROM " + tab +
+                                     " WHERE chave = 1) THEN 1 ELSE (SELECT a.chave + 1 FROM " + tab +
+                                     " AS a WHERE a.chave < ?1 AND NOT EXISTS (SELECT 1 FROM " + tab +
+                                     " AS b WHERE b.chave = a.chave + 1) ORDER BY a.chave LIMIT 1) END");
+    c.Liga(1, kPosicaoMaxima);
+    if (c.Passo() && sqlite3_column_type(c.Stmt(), 0) != SQLITE_NULL) return c.Inteiro(0);
+    throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6,
+                       "Tabela " + t.nome + " cheia: todas as posições de 1 a 4294967295 estão ocupadas."};
 }
 
 int64_t CQZArmazemSQL::ProximoNumeroMes(const qzsql::Tabela& t, const REG_QZMA& ma) {
     const int64_t base = static_cast<int64_t>(REG_QZDMC(ma, 0).GetValor());
-    sqlite3_stmt* st =
-        Prepara("SELECT COALESCE(MAX(chave), ?1) + 1 FROM \"" + t.nome + "\" WHERE chave BETWEEN ?1 AND ?2");
-    Liga(st, 1, base);
-    Liga(st, 2, base + 0xFFFFFFFFll);
-    int64_t chave = Passo(st) ? sqlite3_column_int64(st, 0) : base + 1;
-    sqlite3_reset(st);
-    if (chave > base + 0xFFFFFFFFll) throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Mês cheio em " + t.nome + "."};
+    qzsql::CQZComando c(m_banco, "SELECT COALESCE(MAX(chave), ?1) + 1 FROM \"" + t.nome +
+                                     "\" WHERE chave BETWEEN ?1 AND ?2");
+    c.Liga(1, base).Liga(2, base + kPosicaoMaxima);
+    const int64_t chave = c.Passo() ? c.Inteiro(0) : base + 1;
+    if (chave > base + kPosicaoMaxima) throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Mês cheio em " + t.nome + "."};
     return chave;
 }
 
@@ -484,24 +448,17 @@ std::vector<int64_t> CQZArmazemSQL::ExecutaConsulta(const qzsql::Tabela& t, cons
     if (IQZAuditorPlanos* auditor = g_auditor.load();
         auditor && c.temCondicao && m_planosExaminados.insert(c.sql).second)
         auditor->Examina(t.nome, c.sql, Explica(c.sql));
-    sqlite3_stmt* st = Prepara(c.sql);
-    for (size_t i = 0; i < c.valores.size(); ++i) Liga(st, static_cast<int>(i) + 1, c.valores[i]);
+    qzsql::CQZComando cmd(m_banco, c.sql);
+    for (size_t i = 0; i < c.valores.size(); ++i) Liga(cmd, static_cast<int>(i) + 1, c.valores[i]);
     std::vector<int64_t> chaves;
-    while (Passo(st)) chaves.push_back(sqlite3_column_int64(st, 0));
-    sqlite3_reset(st);
+    while (cmd.Passo()) chaves.push_back(cmd.Inteiro(0));
     return chaves;
 }
 
 std::vector<std::string> CQZArmazemSQL::Explica(const std::string& sql) {
-    sqlite3_stmt* st = nullptr;
-    const std::string explica = "EXPLAIN QUERY PLAN " + sql;
-    if (sqlite3_prepare_v2(m_db, explica.c_str(), -1, &st, nullptr) != SQLITE_OK) FalhaSql(explica.c_str());
+    qzsql::CQZComando c(m_banco, "EXPLAIN QUERY PLAN " + sql);
     std::vector<std::string> plano;
-    int rc;
-    while ((rc = sqlite3_step(st)) == SQLITE_ROW)
-        plano.emplace_back(reinterpret_cast<const char*>(sqlite3_column_text(st, 3)));
-    sqlite3_finalize(st);
-    if (rc != SQLITE_DONE) FalhaSql(explica.c_str());
+    while (c.Passo()) plano.emplace_back(c.Texto(3));
     return plano;
 }
 

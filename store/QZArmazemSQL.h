@@ -16,9 +16,14 @@
 // columns and indexes the declarations add), a file of a newer version is
 // refused. Every write runs in one BEGIN IMMEDIATE transaction, so a failure
 // or a killed process leaves nothing half-written.
+//
+// One object is one connection: the data services a routine object reads
+// through (IQZConexaoEmpresa), used by one thread at a time. Its statements,
+// its cache of buffered reads and its error record are its own. The cache
+// drops what a write of this connection changes at once, also inside an
+// open transaction, and notices the writes of other connections once per
+// transaction (SQLite's data_version).
 #pragma once
-
-#include <sqlite3.h>
 
 #include <cstdint>
 #include <memory>
@@ -29,8 +34,12 @@
 #include <vector>
 
 #include "platform/QZAcesso.h"
+#include "platform/QZBaseParaRotinas.h"
 #include "platform/QZCodigosResultado.h"
 #include "platform/QZRelogio.h"
+#include "store/QZSQLite.h"
+
+class CQZConexaoInfoExtrasSQL;
 
 // Sees every operation of a store before it runs; a non-zero code fails the
 // operation with that code and whatever the hook left in the error record.
@@ -82,13 +91,6 @@ struct Consulta {
     std::string sql;
     std::vector<CQZValor> valores;
     bool temCondicao = false;  // false: the filter lists the whole table
-};
-
-// Internal failure, turned into the store's error record at the dispatch point.
-struct Falha {
-    long hr;
-    long mensagem;
-    std::string texto;
 };
 
 void CompletaSql(Tabela& t);
@@ -163,60 +165,65 @@ struct VisitantePreenche {
     void Lista(const char*, std::vector<E>&) {}
 };
 
-// The movement key field of a record keyed by REG_QZDMC.
-struct VisitanteChaveDmc {
-    REG_QZDMC* pChave = nullptr;
-    template <class T>
-    void Campo(const char*, T& v, unsigned opcoes) {
-        if constexpr (std::is_same_v<T, REG_QZDMC>)
-            if (opcoes & QZ_CHAVE) pChave = &v;
-    }
-    template <class E>
-    void Lista(const char*, std::vector<E>&) {}
-};
-
 }  // namespace qzsql
 
-class CQZArmazemSQL : public CQZAcessoManutencaoBuffer, public CQZAcessoGestavoBuffer {
+class CQZArmazemSQL : public CQZAcessoManutencaoBuffer,
+                      public CQZAcessoGestavoBuffer,
+                      public IQZConexaoEmpresa,
+                      private qzsql::IObservadorTransacao {
 public:
     // Version of the layout this program writes (QZ_Esquema).
-    static constexpr int kVersaoEsquema = 1;
+    static constexpr int64_t kVersaoEsquema = 1;
     static constexpr int kEsperaPadraoMs = 5000;
     // A transaction that writes this many rows refreshes the statistics the
     // query planner chooses indexes by.
     static constexpr int64_t kLinhasParaEstatisticas = 1000;
+    // The highest position of a record: positions are unsigned 32-bit.
+    static constexpr int64_t kPosicaoMaxima = 0xFFFFFFFFll;
 
-    // ":memory:" opens a private in-memory store; any other path a file.
-    // Check EstaAberto / GetErro afterwards.
+    // ":memory:" opens a private in-memory store; a "file:" URI is taken as
+    // SQLite reads it (the factory's shared in-memory stores); any other
+    // path is a file. Check EstaAberto / GetErro afterwards.
     explicit CQZArmazemSQL(const std::string& caminho, QZModoAbertura modo = QZ_ABRE_OU_CRIA,
                            int esperaMs = kEsperaPadraoMs);
     ~CQZArmazemSQL() override;
     CQZArmazemSQL(const CQZArmazemSQL&) = delete;
     CQZArmazemSQL& operator=(const CQZArmazemSQL&) = delete;
 
-    bool EstaAberto() const { return m_db != nullptr; }
+    bool EstaAberto() const { return m_banco.EstaAberto(); }
     const CQZDadosGT_Erro& GetErro() const override { return m_erro; }
-    void DefineGancho(IQZGanchoAcesso* gancho) { m_pGancho = gancho; }
+    // The hook of every operation, the extra information's included.
+    void DefineGancho(IQZGanchoAcesso* gancho);
     void DefineRelogio(const IQZRelogio* relogio) { m_pRelogio = relogio ? relogio : &CQZRelogioSistema::Instancia(); }
     // How long a write waits for another connection's write to end.
-    void DefineTempoEspera(int ms);
+    void DefineTempoEspera(int ms) { m_banco.DefineEspera(ms); }
     const std::string& GetCaminho() const { return m_sCaminho; }
+    bool EmTransacaoAberta() const { return m_banco.NivelTransacao() > 0; }
     // The layout version recorded in the file.
-    long LeVersaoEsquema(int& versao);
+    [[nodiscard]] long LeVersaoEsquema(int64_t& versao);
+
+    // ---- the connection of a routine object ----
+    CQZAcessoManutencaoBuffer& AcessoManutencao() override { return *this; }
+    CQZAcessoGestavoBuffer& AcessoGestavo() override { return *this; }
+    // The extra information, on this connection (its tables in the same database).
+    IQZArmazemInfoExtras* InfoExtras() override;
 
     static void DefineAuditorPlanos(IQZAuditorPlanos* auditor);
     // The rows of a plan that read a whole table or index.
     static std::vector<std::string> VarredurasCompletas(const std::vector<std::string>& plano);
 
     // ---- contract operations (listed in platform/acesso/*.def) ----
-#define QZ_OP_LE(Nome, Registro, Chave, Flags, SeAusente) long Le##Nome(Chave chave, Registro* pDados, Flags flags = 0) override;
-#define QZ_OP_LE_UNICO(Nome, Registro, Flags) long Le##Nome(Registro* pDados, Flags flags = 0) override;
-#define QZ_OP_BUSCA(Nome, Filtro, Lista) long BuscaPonteiros##Nome(const Filtro& filtro, Lista& lista) override;
+#define QZ_OP_LE(Nome, Registro, Chave, Flags, SeAusente) \
+    [[nodiscard]] long Le##Nome(Chave chave, Registro* pDados, Flags flags = 0) override;
+#define QZ_OP_LE_UNICO(Nome, Registro, Flags) [[nodiscard]] long Le##Nome(Registro* pDados, Flags flags = 0) override;
+#define QZ_OP_BUSCA(Nome, Filtro, Lista) \
+    [[nodiscard]] long BuscaPonteiros##Nome(const Filtro& filtro, Lista& lista) override;
 #define QZ_OP_CLASSIFICACAO(Nome, Filtro) \
-    long BuscaClassificacao##Nome(const Filtro& filtro, CQZListaClassificacao* pLista) override;
+    [[nodiscard]] long BuscaClassificacao##Nome(const Filtro& filtro, CQZListaClassificacao* pLista) override;
 #define QZ_OP_LE_BUFFER(Nome, Registro, Chave, SeAusente) \
-    long LeBuffer##Nome(Chave chave, Registro* pDados, uint64_t flags = 0) override;
-#define QZ_OP_LE_BUFFER_UNICO(Nome, Registro) long LeBuffer##Nome(Registro* pDados, uint64_t flags = 0) override;
+    [[nodiscard]] long LeBuffer##Nome(Chave chave, Registro* pDados, uint64_t flags = 0) override;
+#define QZ_OP_LE_BUFFER_UNICO(Nome, Registro) \
+    [[nodiscard]] long LeBuffer##Nome(Registro* pDados, uint64_t flags = 0) override;
 #include "platform/acesso/QZMacrosOperacoes.h"
 #include "platform/acesso/Manutencao.def"
 #include "platform/acesso/ManutencaoBuffer.def"
@@ -225,67 +232,70 @@ public:
 #include "platform/acesso/QZFimMacrosOperacoes.h"
 
     // ---- writes, for hosts and tests ----
-    // Insert: a record whose key is empty gets a new one (the next position,
-    // or the next number of its month); a record with a key is stored there.
-    // The stamp field is set to now. The record comes back with key and stamp.
+    // Insert: a record whose key is empty gets a new one (the lowest free
+    // position after the highest, else the lowest free one; or the next
+    // number of its month); a record with a key is stored there. The stamp
+    // field is set to now. The record comes back with key and stamp.
     template <class R>
-    long Insere(R& reg);
+    [[nodiscard]] long Insere(R& reg);
     // Update of a stored record, accepted only while the stored stamp equals
     // the record's (else QZ_E_REGISTRO_ALTERADO). The new stamp is now, or one
     // second past the stored one when now is not later.
     template <class R>
-    long Atualiza(R& reg);
+    [[nodiscard]] long Atualiza(R& reg);
     // Insert when the key is empty (or a one-record table is still empty),
     // update otherwise.
     template <class R>
-    long Grava(R& reg);
+    [[nodiscard]] long Grava(R& reg);
     // Deletion of a stored record, accepted only while the stored stamp
     // equals the record's (else QZ_E_REGISTRO_ALTERADO).
     template <class R>
-    long Remove(const R& reg);
+    [[nodiscard]] long Remove(const R& reg);
     // Insert exactly as given (imports): the record's key and stamp are
     // kept; an empty key gets a new one and an empty stamp is set to now. A
     // key already taken is refused.
     template <class R>
-    long Restaura(R& reg);
+    [[nodiscard]] long Restaura(R& reg);
     // Read by key outside the contracts (hosts).
     template <class R>
-    long LeRegistro(int64_t chave, R& reg);
+    [[nodiscard]] long LeRegistro(int64_t chave, R& reg);
     template <class R>
-    long ListaChaves(std::vector<int64_t>& chaves);
+    [[nodiscard]] long ListaChaves(std::vector<int64_t>& chaves);
     // The searches behind BuscaPonteiros* and BuscaClassificacao*, for any filter.
     template <class F>
-    long BuscaChaves(const F& filtro, std::vector<int64_t>& chaves);
+    [[nodiscard]] long BuscaChaves(const F& filtro, std::vector<int64_t>& chaves);
     template <class F>
-    long BuscaSubarvore(const F& filtro, std::vector<int64_t>& chaves);
+    [[nodiscard]] long BuscaSubarvore(const F& filtro, std::vector<int64_t>& chaves);
     // The query plan (EXPLAIN QUERY PLAN detail rows) of the search a filter
     // makes, plain or of a classification (tree) view.
     template <class F>
-    long PlanoBusca(const F& filtro, bool classificacao, std::vector<std::string>& plano);
+    [[nodiscard]] long PlanoBusca(const F& filtro, bool classificacao, std::vector<std::string>& plano);
 
-    // Runs fn inside one BEGIN IMMEDIATE transaction.
+    // Runs fn (returning a long status) inside one BEGIN IMMEDIATE
+    // transaction, committed when fn returns 0; inside an open transaction
+    // it joins it.
     template <class F>
-    long EmTransacao(const char* operacao, F&& fn);
+    [[nodiscard]] long EmTransacao(const char* operacao, F&& fn);
+    // The same in a read transaction (BEGIN): one snapshot for its reads,
+    // without waiting for writers.
+    template <class F>
+    [[nodiscard]] long EmLeitura(const char* operacao, F&& fn);
 
 private:
     template <class F>
     long Despacha(const char* operacao, F&& fn);
 
     // SQL plumbing (QZArmazemSQL.cpp).
-    sqlite3_stmt* Prepara(const std::string& sql);
-    void Liga(sqlite3_stmt* st, int indice, const CQZValor& valor);
-    CQZValor ColunaValor(sqlite3_stmt* st, int indice, bool texto);
-    bool Passo(sqlite3_stmt* st);  // true on a row, false when done; throws on error
-    void Executa(const std::string& sql);
-    [[noreturn]] void FalhaSql(const char* contexto);
+    void Liga(qzsql::CQZComando& c, int indice, const CQZValor& valor);
+    CQZValor ColunaValor(const qzsql::CQZComando& c, int indice, bool texto);
     void Inicia(QZModoAbertura modo);
-    int VersaoGravada();  // -1 when the file has no version table
-    void VerificaVersaoConhecida(int versao);
+    int64_t VersaoGravada();  // -1 when the file has no version table
+    void VerificaVersaoConhecida(int64_t versao);
     // DDL that brings a table (and its list tables) to its declaration.
     void PlanoTabela(const qzsql::Tabela& t, const std::string& tabelaPai, std::vector<std::string>& ddl);
     void ReconciliaTabela(const qzsql::Tabela& t);
-    void LimpaCache() { m_cache.clear(); }
     void AtualizaEstatisticas();
+    // Another connection's commit changes data_version: the cache is stale.
     void VerificaVersaoDados();
     int64_t ProximaChave(const qzsql::Tabela& t);
     int64_t ProximoNumeroMes(const qzsql::Tabela& t, const REG_QZMA& ma);
@@ -302,6 +312,25 @@ private:
     }
     std::vector<std::string> Explica(const std::string& sql);
     REG_QZDMAHMSUTC NovoCarimbo(const REG_QZDMAHMSUTC* anterior) const;
+
+    // The buffered reads of this connection, by table and key.
+    struct ChaveCache {
+        const qzsql::Tabela* tabela;
+        int64_t chave;
+        friend bool operator==(const ChaveCache&, const ChaveCache&) = default;
+    };
+    struct HashChaveCache {
+        size_t operator()(const ChaveCache& c) const noexcept {
+            return std::hash<const void*>()(c.tabela) ^ (std::hash<int64_t>()(c.chave) * 0x9E3779B97F4A7C15ull);
+        }
+    };
+    // A write of this connection changed the record at (t, chave).
+    void Alterou(const qzsql::Tabela& t, int64_t chave) { m_cache.erase(ChaveCache{&t, chave}); }
+
+    // Transactions of the connection.
+    void AoIniciar() override;
+    void AoConfirmar(int64_t linhas) override;
+    void AoDesfazer() override;
 
     template <class R>
     void GarantaTabela();
@@ -327,25 +356,23 @@ private:
     template <class R, class K>
     long LeBufferGenerico(const K& chave, R* pDados, bool vazioSeAusente);
     template <class K>
-    bool ChaveDireta(const K& chave, int64_t& valor) const;
+    static int64_t ChaveDireta(const K& chave);
     template <class L>
     static void AnexaChave(L& lista, int64_t chave);
 
     struct VisitanteLeListas;
     struct VisitanteGravaListas;
 
-    sqlite3* m_db = nullptr;
     std::string m_sCaminho;
-    int m_esperaMs = kEsperaPadraoMs;
+    qzsql::CQZBanco m_banco;
     std::set<std::string> m_planosExaminados;
     CQZDadosGT_Erro m_erro;
     IQZGanchoAcesso* m_pGancho = nullptr;
     const IQZRelogio* m_pRelogio = &CQZRelogioSistema::Instancia();
-    std::unordered_map<std::string, sqlite3_stmt*> m_stmts;
     std::set<std::string> m_tabelasCriadas;
-    std::unordered_map<std::string, std::shared_ptr<TQZBaseParaDados>> m_cache;
+    std::unordered_map<ChaveCache, std::shared_ptr<TQZBaseParaDados>, HashChaveCache> m_cache;
     int64_t m_versaoDados = -1;
-    int m_nivelTransacao = 0;
+    std::unique_ptr<CQZConexaoInfoExtrasSQL> m_infoExtras;
 };
 
 #include "store/QZArmazemSQL_impl.h"

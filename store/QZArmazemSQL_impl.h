@@ -32,13 +32,15 @@ struct CQZArmazemSQL::VisitanteGravaListas {
             std::vector<CQZValor> valores;
             qzsql::VisitanteExtrai x{valores};
             e.VisitaCampos(x);
-            sqlite3_stmt* st = a.Prepara(filha.sqlInsereFilha);
-            a.Liga(st, 1, chave);
-            a.Liga(st, 2, ordem++);
-            for (size_t i = 0; i < valores.size(); ++i) a.Liga(st, static_cast<int>(i) + 3, valores[i]);
-            a.Passo(st);
-            sqlite3_reset(st);
-            a.GravaFilhas(filha, sqlite3_last_insert_rowid(a.m_db), e);
+            int64_t linha;
+            {
+                qzsql::CQZComando c(a.m_banco, filha.sqlInsereFilha);
+                c.Liga(1, chave).Liga(2, ordem++);
+                for (size_t i = 0; i < valores.size(); ++i) a.Liga(c, static_cast<int>(i) + 3, valores[i]);
+                c.Passo();
+                linha = sqlite3_last_insert_rowid(a.m_banco.Db());
+            }
+            a.GravaFilhas(filha, linha, e);
         }
     }
 };
@@ -50,7 +52,7 @@ long CQZArmazemSQL::Despacha(const char* operacao, F&& fn) {
         long hr = m_pGancho->AntesDaOperacao(operacao, m_erro);
         if (hr != 0) return hr;
     }
-    if (!m_db) {
+    if (!m_banco.EstaAberto()) {
         m_erro.SetErro(QZ_E_BANCO, QZ_MODULO_CONEXAO, 1, "O banco de dados não está aberto (%s).", operacao);
         return QZ_E_BANCO;
     }
@@ -60,40 +62,19 @@ long CQZArmazemSQL::Despacha(const char* operacao, F&& fn) {
         m_erro.SetErro(f.hr, QZ_MODULO_CONEXAO, f.mensagem, "%s", f.texto.c_str());
         return f.hr;
     } catch (const std::bad_alloc&) {
-        m_erro.SetErro(static_cast<long>(static_cast<int32_t>(0x8007000Eu)), QZ_MODULO_CONEXAO, 1,
-                       "Memória insuficiente em %s.", operacao);
+        m_erro.SetErro(QZ_E_SEM_MEMORIA, QZ_MODULO_CONEXAO, 1, "Memória insuficiente em %s.", operacao);
         return m_erro.GetUltimoHR();
     }
 }
 
 template <class F>
 long CQZArmazemSQL::EmTransacao(const char* operacao, F&& fn) {
-    return Despacha(operacao, [&]() -> long {
-        if (m_nivelTransacao > 0) return fn();
-        Executa("BEGIN IMMEDIATE");
-        const int64_t linhasAntes = sqlite3_total_changes64(m_db);
-        m_nivelTransacao = 1;
-        long hr = 0;
-        try {
-            hr = fn();
-            if (hr == 0) Executa("COMMIT");
-        } catch (...) {
-            m_nivelTransacao = 0;
-            sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
-            m_tabelasCriadas.clear();  // a table made inside the transaction is gone
-            LimpaCache();
-            throw;
-        }
-        m_nivelTransacao = 0;
-        if (hr != 0) {
-            Executa("ROLLBACK");
-            m_tabelasCriadas.clear();
-        } else if (sqlite3_total_changes64(m_db) - linhasAntes >= kLinhasParaEstatisticas) {
-            AtualizaEstatisticas();
-        }
-        LimpaCache();
-        return hr;
-    });
+    return Despacha(operacao, [&]() -> long { return m_banco.EmTransacao(qzsql::EModoTransacao::ESCRITA, fn); });
+}
+
+template <class F>
+long CQZArmazemSQL::EmLeitura(const char* operacao, F&& fn) {
+    return Despacha(operacao, [&]() -> long { return m_banco.EmTransacao(qzsql::EModoTransacao::LEITURA, fn); });
 }
 
 template <class R>
@@ -109,9 +90,8 @@ int64_t CQZArmazemSQL::ChaveDe(const R& reg) {
     if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_UNICA) {
         return 1;
     } else if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_DMC) {
-        qzsql::VisitanteChaveDmc v;
-        const_cast<R&>(reg).VisitaCampos(v);
-        return v.pChave && v.pChave->EhValido() ? static_cast<int64_t>(v.pChave->GetValor()) : 0;
+        const REG_QZDMC chave = QZChaveDmcDe(reg);
+        return chave.EhValido() ? static_cast<int64_t>(chave.GetValor()) : 0;
     } else {
         return reg.GetPosicao();
     }
@@ -120,9 +100,7 @@ int64_t CQZArmazemSQL::ChaveDe(const R& reg) {
 template <class R>
 void CQZArmazemSQL::DefineChave(R& reg, int64_t chave) {
     if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_DMC) {
-        qzsql::VisitanteChaveDmc v;
-        reg.VisitaCampos(v);
-        if (v.pChave) *v.pChave = REG_QZDMC::DeValor(static_cast<uint64_t>(chave));
+        if (REG_QZDMC* p = QZPonteiroChaveDmc(reg)) *p = REG_QZDMC::DeValor(static_cast<uint64_t>(chave));
     } else if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_POSICAO) {
         reg.SetPosicao(static_cast<uint32_t>(chave));
     }
@@ -131,17 +109,18 @@ void CQZArmazemSQL::DefineChave(R& reg, int64_t chave) {
 template <class E>
 void CQZArmazemSQL::LeFilhas(const qzsql::Tabela& t, int64_t pai, std::vector<E>& lista) {
     lista.clear();
-    sqlite3_stmt* st = Prepara(t.sqlFilhas);
-    Liga(st, 1, pai);
     std::vector<std::pair<int64_t, std::vector<CQZValor>>> linhas;
-    while (Passo(st)) {
-        std::vector<CQZValor> valores;
-        valores.reserve(t.colunas.size());
-        for (size_t i = 0; i < t.colunas.size(); ++i)
-            valores.push_back(ColunaValor(st, static_cast<int>(i) + 1, t.colunas[i].texto));
-        linhas.emplace_back(sqlite3_column_int64(st, 0), std::move(valores));
+    {
+        qzsql::CQZComando c(m_banco, t.sqlFilhas);
+        c.Liga(1, pai);
+        while (c.Passo()) {
+            std::vector<CQZValor> valores;
+            valores.reserve(t.colunas.size());
+            for (size_t i = 0; i < t.colunas.size(); ++i)
+                valores.push_back(ColunaValor(c, static_cast<int>(i) + 1, t.colunas[i].texto));
+            linhas.emplace_back(c.Inteiro(0), std::move(valores));
+        }
     }
-    sqlite3_reset(st);
     for (auto& [chave, valores] : linhas) {
         E e;
         qzsql::VisitantePreenche p{valores};
@@ -154,17 +133,15 @@ void CQZArmazemSQL::LeFilhas(const qzsql::Tabela& t, int64_t pai, std::vector<E>
 
 template <class R>
 bool CQZArmazemSQL::LeLinha(const qzsql::Tabela& t, int64_t chave, R& reg) {
-    sqlite3_stmt* st = Prepara(t.sqlSeleciona);
-    Liga(st, 1, chave);
-    if (!Passo(st)) {
-        sqlite3_reset(st);
-        return false;
-    }
     std::vector<CQZValor> valores;
-    valores.reserve(t.colunas.size());
-    for (size_t i = 0; i < t.colunas.size(); ++i)
-        valores.push_back(ColunaValor(st, static_cast<int>(i), t.colunas[i].texto));
-    sqlite3_reset(st);
+    {
+        qzsql::CQZComando c(m_banco, t.sqlSeleciona);
+        c.Liga(1, chave);
+        if (!c.Passo()) return false;
+        valores.reserve(t.colunas.size());
+        for (size_t i = 0; i < t.colunas.size(); ++i)
+            valores.push_back(ColunaValor(c, static_cast<int>(i), t.colunas[i].texto));
+    }
     R lido;
     qzsql::VisitantePreenche p{valores};
     lido.VisitaCampos(p);
@@ -182,25 +159,25 @@ void CQZArmazemSQL::GravaFilhas(const qzsql::Tabela& t, int64_t chave, const R& 
 }
 
 template <class K>
-bool CQZArmazemSQL::ChaveDireta(const K& chave, int64_t& valor) const {
-    if constexpr (std::is_integral_v<K>) {
-        valor = static_cast<int64_t>(chave);
-        return true;
+int64_t CQZArmazemSQL::ChaveDireta(const K& chave) {
+    if constexpr (std::is_integral_v<K> && std::is_signed_v<K> && sizeof(K) <= 4) {
+        // A position passed through a signed key keeps its bits: -1294967296
+        // is position 3000000000.
+        return static_cast<int64_t>(static_cast<std::make_unsigned_t<K>>(chave));
+    } else if constexpr (std::is_integral_v<K>) {
+        return static_cast<int64_t>(chave);
     } else if constexpr (std::is_same_v<K, REG_QZDMC>) {
-        valor = static_cast<int64_t>(chave.GetValor());
-        return true;
+        return static_cast<int64_t>(chave.GetValor());
     } else if constexpr (std::is_same_v<K, _REG_POSICAO_PRODUTOPS>) {
         // Products and services are stored by item; grid positions pick a
         // variant of the same item.
-        valor = static_cast<int64_t>(chave.lPonteiroProduto);
-        return true;
+        return static_cast<int64_t>(chave.lPonteiroProduto);
     } else if constexpr (requires { chave.GetChaveArmazem(); }) {
         // Composite keys (user and module, ...) pack into one integer key.
-        valor = static_cast<int64_t>(chave.GetChaveArmazem());
-        return true;
+        return static_cast<int64_t>(chave.GetChaveArmazem());
     } else {
         static_assert(sizeof(K) == 0, "key type without a mapping to the store");
-        return false;
+        return 0;
     }
 }
 
@@ -208,8 +185,7 @@ template <class R, class K>
 long CQZArmazemSQL::LeGenerico(const K& chave, R* pDados, bool vazioSeAusente) {
     GarantaTabela<R>();
     const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
-    int64_t valor = 0;
-    ChaveDireta(chave, valor);
+    const int64_t valor = ChaveDireta(chave);
     R lido;
     if (!LeLinha(t, valor, lido)) {
         if (vazioSeAusente) {
@@ -226,9 +202,8 @@ long CQZArmazemSQL::LeGenerico(const K& chave, R* pDados, bool vazioSeAusente) {
 template <class R, class K>
 long CQZArmazemSQL::LeBufferGenerico(const K& chave, R* pDados, bool vazioSeAusente) {
     VerificaVersaoDados();
-    int64_t valor = 0;
-    ChaveDireta(chave, valor);
-    std::string chaveCache = std::string(R::kNomeTipo) + "|" + std::to_string(valor);
+    GarantaTabela<R>();
+    const ChaveCache chaveCache{&qzsql::EsquemaDe<R>(), ChaveDireta(chave)};
     if (auto it = m_cache.find(chaveCache); it != m_cache.end()) {
         *pDados = static_cast<const R&>(*it->second);
         return 0;
@@ -255,11 +230,10 @@ long CQZArmazemSQL::InsereLinha(R& reg, bool manterCarimbo) {
     const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
     int64_t chave = ChaveDe(reg);
     if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_DMC) {
-        qzsql::VisitanteChaveDmc v;
-        reg.VisitaCampos(v);
-        if (!v.pChave || !v.pChave->ma.EhValido())
+        const REG_QZDMC* pChave = QZPonteiroChaveDmc(reg);
+        if (!pChave || !pChave->ma.EhValido())
             throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Chave de movimento sem mês e ano em " + t.nome + "."};
-        if (v.pChave->ulNumero == 0) chave = ProximoNumeroMes(t, v.pChave->ma);
+        if (pChave->ulNumero == 0) chave = ProximoNumeroMes(t, pChave->ma);
     } else if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_POSICAO) {
         if (chave == 0) chave = ProximaChave(t);
     }
@@ -277,11 +251,13 @@ long CQZArmazemSQL::InsereLinha(R& reg, bool manterCarimbo) {
         if (!manterCarimbo || REG_QZDMAHMSUTC(static_cast<uint64_t>(std::get<int64_t>(carimbo))).EhVazio())
             carimbo = static_cast<int64_t>(NovoCarimbo(nullptr).ullValor);
     }
-    sqlite3_stmt* st = Prepara(t.sqlInsere);
-    Liga(st, 1, chave);
-    for (size_t i = 0; i < valores.size(); ++i) Liga(st, static_cast<int>(i) + 2, valores[i]);
-    Passo(st);
-    sqlite3_reset(st);
+    {
+        qzsql::CQZComando c(m_banco, t.sqlInsere);
+        c.Liga(1, chave);
+        for (size_t i = 0; i < valores.size(); ++i) Liga(c, static_cast<int>(i) + 2, valores[i]);
+        c.Passo();
+    }
+    Alterou(t, chave);
     GravaFilhas(t, chave, novo);
     qzsql::VisitantePreenche p{valores};
     novo.VisitaCampos(p);
@@ -338,17 +314,24 @@ long CQZArmazemSQL::Atualiza(R& reg) {
             sql += " AND \"" + t.colunas[static_cast<size_t>(t.carimbo)].nome + "\" = ?";
             antigo.push_back(*carimbo);
         }
-        sqlite3_stmt* st = Prepara(sql);
-        int i = 1;
-        for (const auto& v : valores) Liga(st, i++, v);
-        Liga(st, i++, chave);
-        for (const auto& v : antigo) Liga(st, i++, v);
-        Passo(st);
-        sqlite3_reset(st);
-        if (sqlite3_changes(m_db) != 1)
-            throw qzsql::Falha{t.carimbo >= 0 ? QZ_E_REGISTRO_ALTERADO : QZ_E_REGISTRO_NAO_ENCONTRADO, 3,
-                               "Registro " + t.nome + " não foi atualizado na chave " + std::to_string(chave) + "."};
-        for (const auto& filha : t.filhas) Executa("DELETE FROM \"" + filha.nome + "\" WHERE pai = " + std::to_string(chave));
+        {
+            qzsql::CQZComando c(m_banco, sql);
+            int i = 1;
+            for (const auto& v : valores) Liga(c, i++, v);
+            c.Liga(i++, chave);
+            for (const auto& v : antigo) Liga(c, i++, v);
+            c.Passo();
+            if (sqlite3_changes(m_banco.Db()) != 1)
+                throw qzsql::Falha{t.carimbo >= 0 ? QZ_E_REGISTRO_ALTERADO : QZ_E_REGISTRO_NAO_ENCONTRADO, 3,
+                                   "Registro " + t.nome + " não foi atualizado na chave " + std::to_string(chave) +
+                                       "."};
+        }
+        Alterou(t, chave);
+        for (const auto& filha : t.filhas) {
+            qzsql::CQZComando c(m_banco, "DELETE FROM \"" + filha.nome + "\" WHERE pai = ?");
+            c.Liga(1, chave);
+            c.Passo();
+        }
         GravaFilhas(t, chave, reg);
         qzsql::VisitantePreenche p{valores};
         reg.VisitaCampos(p);
@@ -366,9 +349,7 @@ long CQZArmazemSQL::Grava(R& reg) {
             return Insere(reg);
         });
     } else if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_DMC) {
-        qzsql::VisitanteChaveDmc v;
-        reg.VisitaCampos(v);
-        return (v.pChave && v.pChave->EhValido()) ? Atualiza(reg) : Insere(reg);
+        return QZChaveDmcDe(reg).EhValido() ? Atualiza(reg) : Insere(reg);
     } else {
         return reg.GetPosicao() == 0 ? Insere(reg) : Atualiza(reg);
     }
@@ -383,14 +364,14 @@ long CQZArmazemSQL::Remove(const R& reg) {
         std::string sql = "DELETE FROM \"" + t.nome + "\" WHERE chave = ?";
         auto carimbo = ConfereCarimbo(t, chave, reg);
         if (carimbo) sql += " AND \"" + t.colunas[static_cast<size_t>(t.carimbo)].nome + "\" = ?";
-        sqlite3_stmt* st = Prepara(sql);
-        Liga(st, 1, chave);
-        if (carimbo) Liga(st, 2, *carimbo);
-        Passo(st);
-        sqlite3_reset(st);
-        if (sqlite3_changes(m_db) != 1)
+        qzsql::CQZComando c(m_banco, sql);
+        c.Liga(1, chave);
+        if (carimbo) Liga(c, 2, *carimbo);
+        c.Passo();
+        if (sqlite3_changes(m_banco.Db()) != 1)
             throw qzsql::Falha{QZ_E_REGISTRO_ALTERADO, 3,
                                "Registro " + t.nome + " não foi excluído na chave " + std::to_string(chave) + "."};
+        Alterou(t, chave);
         return 0;
     });
 }
@@ -405,9 +386,8 @@ long CQZArmazemSQL::ListaChaves(std::vector<int64_t>& chaves) {
     return Despacha("ListaChaves", [&]() -> long {
         GarantaTabela<R>();
         chaves.clear();
-        sqlite3_stmt* st = Prepara("SELECT chave FROM \"" + std::string(R::kNomeTipo) + "\" ORDER BY chave");
-        while (Passo(st)) chaves.push_back(sqlite3_column_int64(st, 0));
-        sqlite3_reset(st);
+        qzsql::CQZComando c(m_banco, "SELECT chave FROM \"" + std::string(R::kNomeTipo) + "\" ORDER BY chave");
+        while (c.Passo()) chaves.push_back(c.Inteiro(0));
         return 0;
     });
 }

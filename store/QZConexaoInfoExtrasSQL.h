@@ -1,5 +1,6 @@
-// The extra-information service on SQLite (":memory:" for tests, or a
-// database file, which may be the one the data services use).
+// The extra-information service on SQLite: on a connection of the data
+// services (its tables beside theirs), or on a database of its own
+// (":memory:" for tests, or a file).
 //
 // Tables: "IE_Header" (posicao, processo, descricao, inativo), indexed by
 // process; "IE_HeaderCampo" (header, codigo, ordem, nome), the fields each
@@ -7,27 +8,26 @@
 // of the links, keyed by header, record and field, and dropped with the
 // field that defines them. Text is stored as UTF-8.
 //
-// One object may serve several connections and threads: its operations
-// take turns.
+// Like the connection it is on, an object is used by one thread at a time.
 #pragma once
 
-#include <sqlite3.h>
-
-#include <mutex>
+#include <memory>
 #include <string>
-#include <unordered_map>
 
 #include "platform/QZInfoExtras.h"
 #include "store/QZArmazemSQL.h"
 
 class CQZConexaoInfoExtrasSQL : public IQZArmazemInfoExtras {
 public:
+    // A database of its own.
     explicit CQZConexaoInfoExtrasSQL(const std::string& caminho);
+    // On a connection the caller keeps open for this object's lifetime.
+    explicit CQZConexaoInfoExtrasSQL(qzsql::CQZBanco& banco);
     ~CQZConexaoInfoExtrasSQL() override;
     CQZConexaoInfoExtrasSQL(const CQZConexaoInfoExtrasSQL&) = delete;
     CQZConexaoInfoExtrasSQL& operator=(const CQZConexaoInfoExtrasSQL&) = delete;
 
-    bool EstaAberto() const { return m_db != nullptr; }
+    bool EstaAberto() const { return m_pBanco && m_pBanco->EstaAberto(); }
     // Why the database could not be opened.
     const CQZDadosGT_Erro& GetErroAbertura() const { return m_erroAbertura; }
     // Sees every operation first, by name ("BuscaPtrsIEHeader", "LeIEHeader",
@@ -47,18 +47,15 @@ private:
     template <class F>
     void EmTransacao(F&& fn);
 
-    sqlite3_stmt* Prepara(const char* sql);
-    bool Passo(sqlite3_stmt* st);
-    void Executa(const char* sql);
-    void LigaTexto(sqlite3_stmt* st, int indice, const CString& texto);
-    CString ColunaTexto(sqlite3_stmt* st, int indice);
-    [[noreturn]] void FalhaSql(const char* contexto);
+    // The tables, created when the database has none yet.
+    void CriaEsquema();
+    void LigaTexto(qzsql::CQZComando& c, int indice, const CString& texto);
+    CString ColunaTexto(const qzsql::CQZComando& c, int indice);
     bool LeHeader(uint32_t ulPosicao, CIEHeader& header);
     void ExigeHeader(uint32_t ulPosicao, CIEHeader& header);
 
-    sqlite3* m_db = nullptr;
+    std::unique_ptr<qzsql::CQZBanco> m_proprio;
+    qzsql::CQZBanco* m_pBanco = nullptr;
     CQZDadosGT_Erro m_erroAbertura;
     IQZGanchoAcesso* m_pGancho = nullptr;
-    std::unordered_map<std::string, sqlite3_stmt*> m_stmts;
-    std::mutex m_mutex;
 };

@@ -22,12 +22,7 @@ class PXCorvelTest : public PXTeste {
 protected:
     void SetUp() override {
         PXTeste::SetUp();
-        ASSERT_TRUE(ie.EstaAberto()) << QZParaUtf8(ie.GetErroAbertura().GetMensagem());
-        ie.DefineGancho(&falhas);
-        CQZServicosEmpresa servicos;
-        ASSERT_TRUE(CQZRegistroServicos::Busca(kEmpresa, servicos));
-        servicos.pInfoExtras = &ie;
-        CQZRegistroServicos::Registra(kEmpresa, servicos);
+        ASSERT_TRUE(IE().EstaAberto()) << QZParaUtf8(IE().GetErroAbertura().GetMensagem());
 
         outroProcesso = Header(static_cast<IE_E_PROCESSO>(40), false);
         header = Header(kProcesso, false);
@@ -37,12 +32,15 @@ protected:
         ZeraChamadas();
     }
 
+    // The extra information on the test's own connection.
+    CQZConexaoInfoExtrasSQL& IE() { return dynamic_cast<CQZConexaoInfoExtrasSQL&>(*armazem.InfoExtras()); }
+
     CIEHeader Header(IE_E_PROCESSO processo, bool bInativo) {
         CIEHeader h;
         h.SetProcesso(processo).SetDescricao("Dados técnicos").SetInativo(bInativo);
         h.AdicionaCampo(1, "Cor").AdicionaCampo(2, "Voltagem").AdicionaCampo(3, "Observação");
         CQZDadosGT_Erro erro;
-        EXPECT_EQ(0, ie.GravaIEHeader(h, erro)) << QZParaUtf8(erro.GetMensagem());
+        EXPECT_EQ(0, IE().GravaIEHeader(h, erro)) << QZParaUtf8(erro.GetMensagem());
         return h;
     }
 
@@ -50,17 +48,16 @@ protected:
     CIEVinculo Gravado(uint32_t posicaoHeader, uint32_t chave) {
         CIEVinculo v;
         CQZDadosGT_Erro erro;
-        EXPECT_EQ(0, ie.BuscaVinculoByOrigem({posicaoHeader, chave}, v, erro)) << QZParaUtf8(erro.GetMensagem());
+        EXPECT_EQ(0, IE().BuscaVinculoByOrigem({posicaoHeader, chave}, v, erro)) << QZParaUtf8(erro.GetMensagem());
         return v;
     }
 
     void GravaDireto(uint32_t posicaoHeader, uint32_t chave, CIEVinculo v) {
         v.SetPosicaoHeader(posicaoHeader).SetChave(chave);
         CQZDadosGT_Erro erro;
-        ASSERT_EQ(0, ie.GravaCamposVinculo(v, erro)) << QZParaUtf8(erro.GetMensagem());
+        ASSERT_EQ(0, IE().GravaCamposVinculo(v, erro)) << QZParaUtf8(erro.GetMensagem());
     }
 
-    CQZConexaoInfoExtrasSQL ie{":memory:"};
     CIEHeader outroProcesso, header, segundo, inativo;
     CPXCorvel corvel;
 };
@@ -138,7 +135,7 @@ TEST_F(PXCorvelTest, InactiveHeaderReadsButDoesNotWrite) {
     GravaDireto(inativo.GetPosicao(), 10, Vinculo({{1, "Verde"}}));
     inativo.SetInativo(true);
     CQZDadosGT_Erro erro;
-    ASSERT_EQ(0, ie.GravaIEHeader(inativo, erro));
+    ASSERT_EQ(0, IE().GravaIEHeader(inativo, erro));
 
     ASSERT_EQ(0, corvel.SetFlagProcesso(kProcessoInativo));
     EXPECT_TRUE(corvel.GetHeaderCorvel().IsInativo());
@@ -218,7 +215,7 @@ TEST_F(PXCorvelTest, FailuresAreReturnedAndTraced) {
 TEST_F(PXCorvelTest, InitialisationWithoutTheServiceFailsAndIsTraced) {
     CQZServicosEmpresa servicos;
     ASSERT_TRUE(CQZRegistroServicos::Busca(kEmpresa, servicos));
-    servicos.pInfoExtras = nullptr;
+    servicos.pFabrica = nullptr;
     CQZRegistroServicos::Registra(kEmpresa, servicos);
 
     CPXCorvel outro;

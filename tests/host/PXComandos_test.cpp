@@ -3,6 +3,8 @@
 // on one record through two connections to one file.
 #include "host/PXComandos.h"
 
+#include "store/QZFabricaArmazemSQL.h"
+
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -238,8 +240,7 @@ TEST_F(PXComandosTest, EveryDemoRecordPassesItsOwnRules) {
     CriaDemo();
     CQZArmazemSQL armazem(m_arquivo, QZ_ABRE_EXISTENTE);
     CQZServicosEmpresa servicos;
-    servicos.pManutencao = &armazem;
-    servicos.pGestavo = &armazem;
+    servicos.pFabrica = std::make_shared<CQZFabricaArmazemSQL>(m_arquivo);
     CQZRegistroServicos::Registra("DEMO", servicos);
     int verificados = 0;
     for (const auto& t : PXTiposHost()) {

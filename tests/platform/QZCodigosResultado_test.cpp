@@ -130,7 +130,7 @@ TEST(QZCodigosResultado, Win32ForaDaTabelaUsaDescricaoWin32) {
 
 TEST(QZCodigosResultado, CodigoDesconhecido) {
     const long casos[] = {
-        HR(0x80040A08u),  // right after the library's block
+        HR(0x80040A09u),  // right after the library's block
         HR(0x80040A00u),  // right before it
         HR(0x80070FFFu),  // WIN32 facility, unknown Win32 number
         2,                // known Win32 number, but not in FACILITY_WIN32

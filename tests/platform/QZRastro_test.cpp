@@ -22,21 +22,22 @@ TEST(QZRastroTest, NamesComeFromTheCompilerSignatureAndFile) {
 
 namespace {
 struct Perfil : IQZGT_Profiler {
+    explicit Perfil(IQZSaidaRastro* saida = nullptr) : m_saida(saida) {}
     CString GetEmpresa() const override { return "EMP"; }
     uint16_t GetUsuario() const override { return 3; }
     uint32_t GetNumeroSessao() const override { return 99; }
+    IQZSaidaRastro* GetSaidaRastro() const override { return m_saida; }
+    IQZSaidaRastro* m_saida;
 };
 }  // namespace
 
 TEST(QZRastroTest, RecordCarriesKeysProfileAndLevel) {
     CQZSaidaRastroCaptura captura;
-    QZDefineSaidaRastro(&captura);
-    Perfil perfil;
+    Perfil perfil(&captura);
     QZRastreiaFalha(1, "Conecta()", "long int X::Y()", "dir/Fonte.cpp", 77, &perfil);
     const long esperados[] = {static_cast<long>(0x80004005L), static_cast<long>(0xFFFFFFFFu)};
     QZRastreiaFalha(0x80004005L, "Conecta()", "long int X::Y()", "Fonte.cpp", 78, &perfil, esperados);
     QZRastreiaFalha(0, "Conecta()", "long int X::Y()", "Fonte.cpp", 79, &perfil);
-    QZDefineSaidaRastro(nullptr);
     auto regs = captura.Registros();
     ASSERT_EQ(regs.size(), 1u);  // listed and zero codes are not traced
     const auto& r = regs[0];
@@ -57,10 +58,9 @@ TEST(QZRastroTest, JsonLinesSinkAppendsUtf8Records) {
     std::string caminho = ::testing::TempDir() + "rastro_teste.jsonl";
     std::remove(caminho.c_str());
     CQZSaidaRastroJsonLinhas saida(caminho);
-    QZDefineSaidaRastro(&saida);
-    QZRastreiaFalha(0x80004005L, "A()", "long int X::A()", "F.cpp", 1, nullptr);
-    QZRastreiaFalha(0x80004005L, "B()", "long int X::B()", "F.cpp", 2, nullptr);
-    QZDefineSaidaRastro(nullptr);
+    Perfil perfil(&saida);
+    QZRastreiaFalha(0x80004005L, "A()", "long int X::A()", "F.cpp", 1, &perfil);
+    QZRastreiaFalha(0x80004005L, "B()", "long int X::B()", "F.cpp", 2, &perfil);
     std::ifstream f(caminho);
     std::string linha;
     int n = 0;

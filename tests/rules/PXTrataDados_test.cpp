@@ -70,10 +70,18 @@ TEST_F(PXTrataDadosTest, StampsCompareOnTheLow38BitsOnly) {
 }
 
 TEST_F(PXTrataDadosTest, BaseInitialisationCodesAreTracedAndReturnedUnchanged) {
-    CQZServicosEmpresa servicos;
-    servicos.pManutencao = &armazem;
-    servicos.pGestavo = &armazem;
-    servicos.conectar = [](const CString&, uint16_t, uint32_t) { return 1L; };
+    // A factory whose connections come with a success code other than 0.
+    struct FabricaComAviso : IQZFabricaConexoes {
+        std::shared_ptr<CQZFabricaArmazemSQL> real;
+        long Abre(std::unique_ptr<IQZConexaoEmpresa>& conexao, CQZDadosGT_Erro& erro) override {
+            return real->Abre(conexao, erro) == 0 ? 1 : -1;
+        }
+        void Devolve(std::unique_ptr<IQZConexaoEmpresa> conexao) override { real->Devolve(std::move(conexao)); }
+    };
+    auto comAviso = std::make_shared<FabricaComAviso>();
+    comAviso->real = fabrica;
+    CQZServicosEmpresa servicos = PXServicosTeste(fabrica, &relogio, &rastro);
+    servicos.pFabrica = comAviso;
     CQZRegistroServicos::Registra("COM_AVISO", servicos);
     TrataSoGravacao h;
     EXPECT_EQ(1, h.Inicializa("COM_AVISO", 7, 42));
@@ -91,8 +99,11 @@ TEST_F(PXTrataDadosTest, BaseInitialisationCodesAreTracedAndReturnedUnchanged) {
 }
 
 TEST_F(PXTrataDadosTest, CompanyWithoutServicesStaysUninitialised) {
+    // A company registered with its trace but no data services.
+    CQZRegistroServicos::Registra("NINGUEM", PXServicosTeste(nullptr, &relogio, &rastro));
     TrataSoGravacao h;
     long hr = h.Inicializa("NINGUEM", 1, 1);
+    CQZRegistroServicos::Remove("NINGUEM");
     EXPECT_EQ(hr, QZ_E_SEM_SERVICOS);
     EXPECT_FALSE(h.EstaInicializado());
     ASSERT_EQ(rastro.Registros().size(), 1u);

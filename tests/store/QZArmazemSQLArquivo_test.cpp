@@ -78,7 +78,7 @@ TEST(QZArmazemSQLEsquemaTest, FileOfTheUnversionedLayoutIsUpgradedKeepingItsData
     }
     CQZArmazemSQL armazem(arquivo.Caminho(), QZ_ABRE_EXISTENTE);
     ASSERT_TRUE(armazem.EstaAberto()) << Texto(armazem.GetErro());
-    int versao = -2;
+    int64_t versao = -2;
     ASSERT_EQ(0, armazem.LeVersaoEsquema(versao));
     EXPECT_EQ(versao, CQZArmazemSQL::kVersaoEsquema);
 
@@ -262,14 +262,14 @@ TEST(QZArmazemSQLFalhaTest, AWriterKilledMidTransactionLeavesAConsistentFile) {
     if (filho == 0) {
         close(canal[0]);
         CQZArmazemSQL armazem(arquivo.Caminho());
-        armazem.EmTransacao("Carga", [&]() -> long {
+        const long hr = armazem.EmTransacao("Carga", [&]() -> long {
             for (long i = 0;; ++i) {
                 CQZDadosPX_Prioridade p = Prioridade("NOVA");
-                armazem.Insere(p);
+                if (armazem.Insere(p) != 0) return 1;
                 if (i == 2000 && write(canal[1], "x", 1) != 1) _exit(3);
             }
         });
-        _exit(0);
+        _exit(hr == 0 ? 0 : 4);
     }
     close(canal[1]);
     char sinal = 0;

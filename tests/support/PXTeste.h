@@ -1,5 +1,7 @@
 // Fixture shared by the rule tests: an in-memory store registered for one
-// company, a settable clock, a capturing trace sink and fault injection.
+// company (every routine object opens its own connection to it; `armazem`
+// is the test's own), a settable clock, a capturing trace sink and fault
+// injection on every connection.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -7,6 +9,7 @@
 
 #include "platform/QZRastro.h"
 #include "store/QZArmazemSQL.h"
+#include "store/QZFabricaArmazemSQL.h"
 #include "store/QZInjetorFalhas.h"
 
 // The error record holds message `mensagem` of `modulo` on field `campo`.
@@ -35,25 +38,31 @@ MATCHER_P2(TemFalhaServico, hr, campo, "") {
            arg.GetCodigoCampo() == campo;
 }
 
+// The services of a company on `fabrica`, with the test's clock and trace.
+inline CQZServicosEmpresa PXServicosTeste(std::shared_ptr<CQZFabricaArmazemSQL> fabrica, const IQZRelogio* relogio,
+                                          IQZSaidaRastro* rastro) {
+    CQZServicosEmpresa servicos;
+    servicos.pFabrica = std::move(fabrica);
+    servicos.pRelogio = relogio;
+    servicos.pRastro = rastro;
+    return servicos;
+}
+
 class PXTeste : public ::testing::Test {
 protected:
-    PXTeste() : armazem(":memory:") {}
+    PXTeste() : fabrica(std::make_shared<CQZFabricaArmazemSQL>(":memory:")), pArmazem(AbrePrimeira(*fabrica)),
+                armazem(*pArmazem) {}
 
     void SetUp() override {
         ASSERT_TRUE(armazem.EstaAberto()) << QZParaUtf8(armazem.GetErro().GetMensagem());
+        fabrica->DefineRelogio(&relogio);
+        fabrica->DefineGancho(&falhas);
         armazem.DefineRelogio(&relogio);
         armazem.DefineGancho(&falhas);
-        QZDefineSaidaRastro(&rastro);
-        CQZServicosEmpresa servicos;
-        servicos.pManutencao = &armazem;
-        servicos.pGestavo = &armazem;
-        CQZRegistroServicos::Registra(kEmpresa, servicos);
+        CQZRegistroServicos::Registra(kEmpresa, PXServicosTeste(fabrica, &relogio, &rastro));
     }
 
-    void TearDown() override {
-        QZDefineSaidaRastro(nullptr);
-        CQZRegistroServicos::Remove(kEmpresa);
-    }
+    void TearDown() override { CQZRegistroServicos::Remove(kEmpresa); }
 
     template <class H>
     void Inicializa(H& handler) {
@@ -76,8 +85,16 @@ protected:
         rastro.Limpa();
     }
 
+    static std::unique_ptr<CQZArmazemSQL> AbrePrimeira(CQZFabricaArmazemSQL& f) {
+        CQZDadosGT_Erro erro;
+        auto a = f.AbreArmazem(erro);
+        return a ? std::move(a) : std::make_unique<CQZArmazemSQL>(":memory:");
+    }
+
     static inline const CString kEmpresa = "EMPRESA01";
-    CQZArmazemSQL armazem;
+    std::shared_ptr<CQZFabricaArmazemSQL> fabrica;
+    std::unique_ptr<CQZArmazemSQL> pArmazem;
+    CQZArmazemSQL& armazem;
     CQZRelogioFixo relogio{REG_QZDMAHMSUTC(10, 3, 2026, 9, 30, 0)};
     CQZInjetorFalhas falhas;
     CQZSaidaRastroCaptura rastro;

@@ -1,0 +1,128 @@
+#include "servico/PXServicoRegistros.h"
+
+#include <exception>
+
+#include "platform/QZCodigosResultado.h"
+
+namespace {
+
+// Non-blocking inconsistencies a handler reports while it checks a record.
+class CPXInconsistencias : public IQZTrataInconsistencia {
+public:
+    explicit CPXInconsistencias(std::vector<CQZDadosGT_Erro>& lista) : m_lista(lista) {}
+    void AdicionaInconsistencia(const CQZDadosGT_Erro& inconsistencia) override { m_lista.push_back(inconsistencia); }
+
+private:
+    std::vector<CQZDadosGT_Erro>& m_lista;
+};
+
+}  // namespace
+
+long CPXServicoRegistros::Falha(long hr, const CQZDadosGT_Erro& erro) {
+    m_erro = erro;
+    if (m_erro.GetUltimoHR() == 0) m_erro.SetErro(hr, QZ_MODULO_PX, 0, "%s", erro.GetMensagem().GetString());
+    return hr;
+}
+
+long CPXServicoRegistros::PreparaTratador(const IPXTipoRegistro& tipo, const TQZBaseParaDados& registro,
+                                          std::unique_ptr<CPXTrataDados>& tratador, CQZArmazemSQL*& armazem) {
+    tratador = tipo.Tratador(registro);
+    if (!tratador) {
+        m_erro.SetErro(QZ_E_SEM_REGRAS, QZ_MODULO_PX, 0, "O tipo %s não tem regras de gravação.", tipo.Nome());
+        return QZ_E_SEM_REGRAS;
+    }
+    const long hr = tratador->Inicializa(m_sessao.empresa, m_sessao.usuario, m_sessao.sessao);
+    if (hr < 0) return Falha(hr, *tratador);
+    armazem = dynamic_cast<CQZArmazemSQL*>(tratador->GetConexao());
+    if (!armazem) {
+        m_erro.SetErro(QZ_E_SEM_SERVICOS, QZ_MODULO_CONEXAO, 5,
+                       "Os serviços de dados da empresa \"%s\" não gravam registros.", m_sessao.empresa.GetString());
+        return QZ_E_SEM_SERVICOS;
+    }
+    return 0;
+}
+
+long CPXServicoRegistros::Salva(const IPXTipoRegistro& tipo, TQZBaseParaDados& registro, bool simulacao,
+                                CPXResultadoRegistro& resultado) {
+    m_erro.LimpaErro();
+    resultado = CPXResultadoRegistro();
+    try {
+        std::unique_ptr<CPXTrataDados> tratador;
+        CQZArmazemSQL* armazem = nullptr;
+        if (long hr = PreparaTratador(tipo, registro, tratador, armazem)) return hr;
+
+        CPXInconsistencias inconsistencias(resultado.inconsistencias);
+        bool conflito = false;
+        const long hr = armazem->EmTransacao("Salva", [&]() -> long {
+            resultado.permitido = tratador->TrataGravacao(&registro, &inconsistencias) != 0;
+            if (!resultado.permitido || simulacao) return 0;
+            const long r = tipo.Grava(*armazem, registro);
+            conflito = r == QZ_E_REGISTRO_ALTERADO;
+            return r;
+        });
+        if (conflito) {
+            // The stored stamp moved after the rules read it: somebody else
+            // saved the record in between.
+            resultado.permitido = false;
+            resultado.veredito.SetAviso(PX_MSG(3), 0);
+            return 0;
+        }
+        if (hr != 0) return Falha(hr, armazem->GetErro());
+        resultado.gravado = resultado.permitido && !simulacao;
+        if (!resultado.permitido) resultado.veredito = tratador->GetErro();
+        return 0;
+    } catch (const std::exception& e) {
+        m_erro.SetErro(QZ_E_INESPERADO, QZ_MODULO_PX, 0, "Falha inesperada ao gravar: %s", e.what());
+        return QZ_E_INESPERADO;
+    }
+}
+
+long CPXServicoRegistros::Exclui(const IPXTipoRegistro& tipo, int64_t chave,
+                                 std::unique_ptr<TQZBaseParaDados>& registro, CPXResultadoRegistro& resultado) {
+    m_erro.LimpaErro();
+    resultado = CPXResultadoRegistro();
+    try {
+        // The record chooses its handler (one class, several registers).
+        registro = tipo.Novo();
+        {
+            CQZServicosEmpresa servicos;
+            std::unique_ptr<IQZConexaoEmpresa> conexao;
+            long hr = QZAbreConexaoEmpresa(m_sessao.empresa, servicos, conexao, m_erro);
+            if (hr < 0) return hr;
+            auto* leitura = dynamic_cast<CQZArmazemSQL*>(conexao.get());
+            hr = leitura ? tipo.Le(*leitura, chave, *registro) : QZ_E_SEM_SERVICOS;
+            if (hr != 0 && leitura) m_erro = leitura->GetErro();
+            servicos.pFabrica->Devolve(std::move(conexao));
+            if (hr != 0) return hr;
+        }
+        std::unique_ptr<CPXTrataDados> tratador;
+        CQZArmazemSQL* armazem = nullptr;
+        if (long hr = PreparaTratador(tipo, *registro, tratador, armazem)) return hr;
+
+        CPXInconsistencias inconsistencias(resultado.inconsistencias);
+        bool conflito = false;
+        const long hr = armazem->EmTransacao("Exclui", [&]() -> long {
+            // Read again under the write lock: what the rules see is what goes.
+            if (long r = tipo.Le(*armazem, chave, *registro)) return r;
+            if (!tipo.VerificaIntegridade(*registro, m_sessao, resultado.veredito)) return 0;
+            if (!tratador->TrataExclusao(registro.get(), &inconsistencias)) {
+                resultado.veredito = tratador->GetErro();
+                return 0;
+            }
+            const long r = tipo.Remove(*armazem, *registro);
+            conflito = r == QZ_E_REGISTRO_ALTERADO;
+            resultado.permitido = r == 0;
+            return r;
+        });
+        if (conflito) {
+            resultado.veredito.SetAviso(PX_MSG(3), 0);
+            return 0;
+        }
+        if (hr != 0) return Falha(hr, armazem->GetErro());
+        resultado.gravado = resultado.permitido;
+        return 0;
+    } catch (const std::exception& e) {
+        m_erro.SetErro(QZ_E_INESPERADO, QZ_MODULO_PX, 0, "Falha inesperada ao excluir: %s", e.what());
+        return QZ_E_INESPERADO;
+    }
+}

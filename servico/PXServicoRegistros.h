@@ -1,0 +1,53 @@
+// The save/delete use case, below every host (the command line, the
+// daemon): a record is saved or deleted only through its type's rules, and
+// the rules and the write run in one write transaction of the handler's own
+// connection, whose write carries the stamp the rules validated. Of two
+// writers racing on one record exactly one wins; the other is refused with
+// message 3, as a stale record is.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "servico/PXTipoRegistro.h"
+
+// The outcome of a save or a delete the rules were asked about.
+struct CPXResultadoRegistro {
+    bool permitido = false;
+    bool gravado = false;
+    // The rules' verdict when refused.
+    CQZDadosGT_Erro veredito;
+    // Non-blocking inconsistencies the handler reported.
+    std::vector<CQZDadosGT_Erro> inconsistencias;
+};
+
+class CPXServicoRegistros {
+public:
+    explicit CPXServicoRegistros(CPXSessao sessao) : m_sessao(std::move(sessao)) {}
+
+    // Asks the type's handler whether `registro` may be saved and, when it
+    // may (and this is not a dry run), writes it: an insert when it has no
+    // key, else an update. On success `registro` is the record as saved
+    // (trimmed, completed, with its key and stamp). Returns 0 when the rules
+    // answered (the verdict is in `resultado`), or the failure (no handler,
+    // the store) with its reason in GetErro().
+    [[nodiscard]] long Salva(const IPXTipoRegistro& tipo, TQZBaseParaDados& registro, bool simulacao,
+                             CPXResultadoRegistro& resultado);
+    // Reads the record at `chave` into `registro` and deletes it when its
+    // type's integrity check and delete rules allow it. Returns like Salva
+    // (QZ_E_REGISTRO_NAO_ENCONTRADO when no record has that key).
+    [[nodiscard]] long Exclui(const IPXTipoRegistro& tipo, int64_t chave, std::unique_ptr<TQZBaseParaDados>& registro,
+                              CPXResultadoRegistro& resultado);
+
+    const CQZDadosGT_Erro& GetErro() const { return m_erro; }
+    const CPXSessao& Sessao() const { return m_sessao; }
+
+private:
+    // The handler of the record, initialised, with its connection as a store.
+    long PreparaTratador(const IPXTipoRegistro& tipo, const TQZBaseParaDados& registro,
+                         std::unique_ptr<CPXTrataDados>& tratador, CQZArmazemSQL*& armazem);
+    long Falha(long hr, const CQZDadosGT_Erro& erro);
+
+    CPXSessao m_sessao;
+    CQZDadosGT_Erro m_erro;
+};

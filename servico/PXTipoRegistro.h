@@ -1,0 +1,105 @@
+// What the save/delete service knows of one record type: how its records
+// are stored, which rule handler checks a save or a delete, and which
+// integrity check guards a delete. A host describes each type it serves
+// once (TPXTipoRegistro<R>), adding what it needs on top (the command line
+// adds the JSON form).
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "rules/PXTrataDados.h"
+#include "store/QZArmazemSQL.h"
+
+// Who asks: the company, user and session routines are initialised with.
+struct CPXSessao {
+    CString empresa;
+    uint16_t usuario = 1;
+    uint32_t sessao = 1;
+};
+
+class IPXTipoRegistro {
+public:
+    virtual ~IPXTipoRegistro() = default;
+    virtual const char* Nome() const = 0;
+    virtual bool ChavePorPosicao() const = 0;
+    virtual std::unique_ptr<TQZBaseParaDados> Novo() const = 0;
+
+    // The store: the write of an import (key and stamp kept), the write of a
+    // save (insert when the key is empty, else an update carrying the stamp
+    // read), a delete carrying the stamp read, a read by key, every key.
+    [[nodiscard]] virtual long Restaura(CQZArmazemSQL& a, TQZBaseParaDados& r) const = 0;
+    [[nodiscard]] virtual long Grava(CQZArmazemSQL& a, TQZBaseParaDados& r) const = 0;
+    [[nodiscard]] virtual long Remove(CQZArmazemSQL& a, const TQZBaseParaDados& r) const = 0;
+    [[nodiscard]] virtual long Le(CQZArmazemSQL& a, int64_t chave, TQZBaseParaDados& r) const = 0;
+    [[nodiscard]] virtual long Chaves(CQZArmazemSQL& a, std::vector<int64_t>& chaves) const = 0;
+
+    // The handler that checks this record (null when the type has none).
+    virtual std::unique_ptr<CPXTrataDados> Tratador(const TQZBaseParaDados& r) const = 0;
+    // Whether the type has an integrity check before a delete.
+    virtual bool TemIntegridade(const TQZBaseParaDados& r) const = 0;
+    // The integrity check that must pass before the record is deleted, where
+    // the type has one: false with the verdict in `veredito`.
+    virtual bool VerificaIntegridade(const TQZBaseParaDados& r, const CPXSessao& sessao,
+                                     CQZDadosGT_Erro& veredito) const = 0;
+};
+
+// One record type R; Base is IPXTipoRegistro or a host's extension of it.
+template <class R, class Base = IPXTipoRegistro>
+class TPXTipoRegistro : public Base {
+public:
+    using FabricaTratador = std::function<std::unique_ptr<CPXTrataDados>(const R&)>;
+    using RegraIntegridade = std::function<bool(const R&, const CPXSessao&, CQZDadosGT_Erro&)>;
+    using FiltroIntegridade = std::function<bool(const R&)>;
+
+    // The handler of every record of the type.
+    template <class H>
+    TPXTipoRegistro& Com() {
+        m_tratador = [](const R&) { return std::make_unique<H>(); };
+        return *this;
+    }
+    // A handler chosen by the record (one record class, several handlers).
+    TPXTipoRegistro& ComTratadorPor(FabricaTratador f) {
+        m_tratador = std::move(f);
+        return *this;
+    }
+    // An integrity check, for every record or for those `aplica` chooses.
+    TPXTipoRegistro& ComIntegridade(RegraIntegridade r, FiltroIntegridade aplica = nullptr) {
+        m_integridade = std::move(r);
+        m_aplicaIntegridade = std::move(aplica);
+        return *this;
+    }
+
+    const char* Nome() const override { return R::kNomeTipo; }
+    bool ChavePorPosicao() const override { return QZTipoChaveDe<R>() == QZ_CHAVE_POSICAO; }
+    std::unique_ptr<TQZBaseParaDados> Novo() const override { return std::make_unique<R>(); }
+    long Restaura(CQZArmazemSQL& a, TQZBaseParaDados& r) const override { return a.Restaura(Tipado(r)); }
+    long Grava(CQZArmazemSQL& a, TQZBaseParaDados& r) const override { return a.Grava(Tipado(r)); }
+    long Remove(CQZArmazemSQL& a, const TQZBaseParaDados& r) const override { return a.Remove(Tipado(r)); }
+    long Le(CQZArmazemSQL& a, int64_t chave, TQZBaseParaDados& r) const override {
+        return a.LeRegistro(chave, Tipado(r));
+    }
+    long Chaves(CQZArmazemSQL& a, std::vector<int64_t>& chaves) const override { return a.ListaChaves<R>(chaves); }
+    std::unique_ptr<CPXTrataDados> Tratador(const TQZBaseParaDados& r) const override {
+        return m_tratador ? m_tratador(Tipado(r)) : nullptr;
+    }
+    bool TemIntegridade(const TQZBaseParaDados& r) const override {
+        return m_integridade && (!m_aplicaIntegridade || m_aplicaIntegridade(Tipado(r)));
+    }
+    bool VerificaIntegridade(const TQZBaseParaDados& r, const CPXSessao& sessao,
+                             CQZDadosGT_Erro& veredito) const override {
+        return !TemIntegridade(r) || m_integridade(Tipado(r), sessao, veredito);
+    }
+
+protected:
+    // Records reach a type only through Novo(): a record of another class
+    // is a programming error of the host, caught here rather than cast blindly.
+    static R& Tipado(TQZBaseParaDados& r) { return dynamic_cast<R&>(r); }
+    static const R& Tipado(const TQZBaseParaDados& r) { return dynamic_cast<const R&>(r); }
+
+private:
+    FabricaTratador m_tratador;
+    RegraIntegridade m_integridade;
+    FiltroIntegridade m_aplicaIntegridade;
+};
