@@ -80,7 +80,20 @@ void CQZBanco::Falha() const {
 }
 
 void CQZBanco::Inicia(EModoTransacao modo) {
-    Executa(modo == EModoTransacao::ESCRITA ? "BEGIN IMMEDIATE" : "BEGIN");
+    if (modo == EModoTransacao::ESCRITA) {
+        Executa("BEGIN IMMEDIATE");
+    } else {
+        Executa("BEGIN");
+        // A deferred transaction takes its snapshot at its first read: take
+        // it now, so that what the owner checks when it begins holds for it.
+        try {
+            CQZComando c(*this, "SELECT 1 FROM sqlite_master LIMIT 1");
+            c.Passo();
+        } catch (...) {
+            Desfaz();
+            throw;
+        }
+    }
     m_nivel = 1;
     m_linhasAntes = sqlite3_total_changes64(m_db);
     if (m_pObservador) m_pObservador->AoIniciar();
