@@ -13,13 +13,13 @@
 
 class CQZArmazemSQL;
 
-int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& entrada, std::ostream& saida,
+[[nodiscard]] int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& entrada, std::ostream& saida,
                    std::ostream& erros);
 
 // Loads JSON Lines records into the store in one transaction: every line
 // or none. Returns the number of records; on bad input throws
 // CPXErroEntrada naming the line and the field.
-size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view textoUtf8);
+[[nodiscard]] size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view textoUtf8);
 
 // Bad input or an unusable store, in Windows-1252 text; `linha` and `campo`
 // locate it in the input when known.

@@ -25,19 +25,6 @@ CPXTipoHost<R>& Tipo(std::vector<std::unique_ptr<IPXTipoHost>>& tipos) {
 
 using Controle = CPXControleIntegridade;
 
-// The integrity check of a kind of register, run for the record's position.
-auto Integridade(Controle::RegistroControleIntegridade tipo) {
-    return [tipo](const auto& r, const CPXSessao& s, CQZDadosGT_Erro& veredito) {
-        CPXControleIntegridade controle;
-        if (controle.Inicializa(s.empresa, s.usuario, s.sessao) < 0 ||
-            !controle.VerificaRelacionamentoPonteiro(tipo, r.GetPosicao())) {
-            veredito = controle;
-            return false;
-        }
-        return true;
-    };
-}
-
 // One record class, two registers: type 2 are task situations; every other
 // type goes to the maintenance-situation rules, which refuse it.
 std::unique_ptr<CPXTrataDados> TratadorSituacao(const CQZDadosPX_Situacao& s) {
@@ -62,13 +49,13 @@ std::vector<std::unique_ptr<IPXTipoHost>> MontaTipos() {
     Tipo<CQZDadosPX_Mestre>(t).Com<CPXTrataDadosMestre>();
     Tipo<CQZDadosPX_Prioridade>(t).Com<CPXTrataDadosPrioridade>();
     Tipo<CQZDadosPX_Situacao>(t).ComTratadorPor(TratadorSituacao)
-        .ComIntegridade(Integridade(Controle::SITUACAO_MANUTENCAO), EhSituacaoManutencao);
-    Tipo<CQZDadosPX_Disciplina>(t).Com<CPXTrataDadosDisciplina>().ComIntegridade(Integridade(Controle::DISCIPLINA));
-    Tipo<CQZDadosPX_TipoGasto>(t).Com<CPXTrataDadosTipoGasto>().ComIntegridade(Integridade(Controle::TIPO_GASTO));
-    Tipo<CQZDadosPX_Tecnico>(t).Com<CPXTrataDadosTecnico>().ComIntegridade(Integridade(Controle::TECNICO));
+        .ComIntegridade(PXRegraIntegridade(Controle::SITUACAO_MANUTENCAO), EhSituacaoManutencao);
+    Tipo<CQZDadosPX_Disciplina>(t).Com<CPXTrataDadosDisciplina>().ComIntegridade(PXRegraIntegridade(Controle::DISCIPLINA));
+    Tipo<CQZDadosPX_TipoGasto>(t).Com<CPXTrataDadosTipoGasto>().ComIntegridade(PXRegraIntegridade(Controle::TIPO_GASTO));
+    Tipo<CQZDadosPX_Tecnico>(t).Com<CPXTrataDadosTecnico>().ComIntegridade(PXRegraIntegridade(Controle::TECNICO));
     Tipo<CQZDadosPX_CamposPersonalizados>(t).Com<CPXTrataDadosCamposPersonalizados>();
     Tipo<CQZDadosPX_Tarefa>(t).Com<CPXTrataDadosTarefa>();
-    Tipo<CQZDadosPX_Plano>(t).Com<CPXTrataDadosPlano>().ComIntegridade(Integridade(Controle::PLANO));
+    Tipo<CQZDadosPX_Plano>(t).Com<CPXTrataDadosPlano>().ComIntegridade(PXRegraIntegridade(Controle::PLANO));
     // Movements.
     Tipo<CQZDadosPX_Manutencao>(t);
     Tipo<CQZDadosPX_LancamentoGastos>(t);

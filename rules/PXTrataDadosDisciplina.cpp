@@ -15,12 +15,7 @@ const CPXGravacao<CQZDadosPX_Disciplina> kGravacao{
     .lCampoAtualizado = kCamposCodigoNome.lCodigoNovo,
     .ordem = EPXOrdemGravacao::CAMPOS_ANTES,
     .arvore = CPXRegraArvore{kCampoPai, false, std::nullopt},
-    .subarvore = [](CQZAcessoManutencaoBuffer& servico, const CQZDadosPX_Disciplina& gravado,
-                    CQZListaClassificacao* pLista) {
-        CQZDadosPX_FiltroDisciplina filtro;
-        filtro.SetPonteiroPai(gravado.GetPonteiro());
-        return servico.BuscaClassificacaoDisciplina(filtro, pLista);
-    },
+    .subarvore = PXSubarvorePorPai<CQZDadosPX_FiltroDisciplina, &CQZAcessoManutencao::BuscaClassificacaoDisciplina>,
 };
 }  // namespace
 

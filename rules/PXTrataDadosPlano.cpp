@@ -46,12 +46,7 @@ const CPXGravacao<CQZDadosPX_Plano> kGravacao{
     .le = PXLeGravado<&CQZAcessoManutencao::LePlano>,
     .lCampoAtualizado = kCamposCodigoNome.lCodigoNovo,
     .arvore = CPXRegraArvore{kCampoPai, true, std::nullopt},
-    .subarvore = [](CQZAcessoManutencaoBuffer& servico, const CQZDadosPX_Plano& gravado,
-                    CQZListaClassificacao* pLista) {
-        CQZDadosPX_FiltroPlano filtro;
-        filtro.SetPonteiroPai(gravado.GetPonteiro());
-        return servico.BuscaClassificacaoPlano(filtro, pLista);
-    },
+    .subarvore = PXSubarvorePorPai<CQZDadosPX_FiltroPlano, &CQZAcessoManutencao::BuscaClassificacaoPlano>,
 };
 }  // namespace
 

@@ -65,6 +65,15 @@ long PXLeGravado(CQZAcessoManutencaoBuffer& servico, const R& dados, R& gravado)
     }
 }
 
+// The subtree of a stored tree record whose filter names the parent
+// (SetPonteiroPai): the record itself first, then its descendants.
+template <class Filtro, auto Busca, class R>
+long PXSubarvorePorPai(CQZAcessoManutencaoBuffer& servico, const R& gravado, CQZListaClassificacao* pLista) {
+    Filtro filtro;
+    filtro.SetPonteiroPai(gravado.GetPonteiro());
+    return (servico.*Busca)(filtro, pLista);
+}
+
 template <class R>
 class TPXTrataDadosRegistro : public CPXTrataDados {
 public:

@@ -18,12 +18,7 @@ const CPXGravacao<CQZDadosPX_Situacao> kGravacao{
     .lCampoAtualizado = kCampoCodigo,
     .lCampoFalhaLeitura = kCampoCodigo,
     .arvore = CPXRegraArvore{kCampoPai, false, kCampoCodigo},
-    .subarvore = [](CQZAcessoManutencaoBuffer& servico, const CQZDadosPX_Situacao& gravado,
-                    CQZListaClassificacao* pLista) {
-        CQZDadosPX_FiltroSituacao filtro;
-        filtro.SetPonteiroPai(gravado.GetPosicao());
-        return servico.BuscaClassificacaoSituacao(filtro, pLista);
-    },
+    .subarvore = PXSubarvorePorPai<CQZDadosPX_FiltroSituacao, &CQZAcessoManutencao::BuscaClassificacaoSituacao>,
 };
 }  // namespace
 

@@ -14,12 +14,7 @@ const CPXGravacao<CQZDadosPX_TipoGasto> kGravacao{
     .lCampoAtualizado = kCamposCodigoNome.lCodigoNovo,
     .ordem = EPXOrdemGravacao::CAMPOS_ANTES,
     .arvore = CPXRegraArvore{kCampoPai, false, std::nullopt},
-    .subarvore = [](CQZAcessoManutencaoBuffer& servico, const CQZDadosPX_TipoGasto& gravado,
-                    CQZListaClassificacao* pLista) {
-        CQZDadosPX_FiltroTipoGasto filtro;
-        filtro.SetPonteiroPai(gravado.GetPonteiro());
-        return servico.BuscaClassificacaoTipoGasto(filtro, pLista);
-    },
+    .subarvore = PXSubarvorePorPai<CQZDadosPX_FiltroTipoGasto, &CQZAcessoManutencao::BuscaClassificacaoTipoGasto>,
 };
 }  // namespace
 

@@ -1,5 +1,8 @@
 #!/usr/bin/env bash
-# Builds and runs the test suite. Usage: scripts/test.sh [default|asan]
+# Builds and runs the test suite. Usage: scripts/test.sh [default|asan|tsan]
+#   default  the release build (RelWithDebInfo)
+#   asan     AddressSanitizer + UndefinedBehaviorSanitizer
+#   tsan     ThreadSanitizer
 set -euo pipefail
 cd "$(dirname "$0")/.."
 PRESET="${1:-default}"

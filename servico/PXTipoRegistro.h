@@ -9,6 +9,7 @@
 #include <memory>
 #include <vector>
 
+#include "integrity/PXControleIntegridade.h"
 #include "rules/PXTrataDados.h"
 #include "store/QZArmazemSQL.h"
 
@@ -103,3 +104,17 @@ private:
     RegraIntegridade m_integridade;
     FiltroIntegridade m_aplicaIntegridade;
 };
+
+// The integrity check of a kind of register, run for the record's position
+// by a checker of the session (TPXTipoRegistro::ComIntegridade).
+inline auto PXRegraIntegridade(CPXControleIntegridade::RegistroControleIntegridade tipo) {
+    return [tipo](const auto& r, const CPXSessao& s, CQZDadosGT_Erro& veredito) {
+        CPXControleIntegridade controle;
+        if (controle.Inicializa(s.empresa, s.usuario, s.sessao) < 0 ||
+            !controle.VerificaRelacionamentoPonteiro(tipo, r.GetPosicao())) {
+            veredito = controle;
+            return false;
+        }
+        return true;
+    };
+}

@@ -23,19 +23,6 @@ std::string Texto(const CQZDadosGT_Erro& e) { return QZParaUtf8(e.GetMensagem())
 template <class R>
 using Tipo = TPXTipoRegistro<R>;
 
-// The integrity check of a register before its record is deleted.
-template <class R>
-auto Integridade(CPXControleIntegridade::RegistroControleIntegridade tipo) {
-    return [tipo](const R& r, const CPXSessao& s, CQZDadosGT_Erro& veredito) {
-        CPXControleIntegridade controle;
-        if (controle.Inicializa(s.empresa, s.usuario, s.sessao) < 0 ||
-            !controle.VerificaRelacionamentoPonteiro(tipo, r.GetPosicao())) {
-            veredito = controle;
-            return false;
-        }
-        return true;
-    };
-}
 
 class PXServicoRegistrosTest : public ::testing::Test {
 protected:
@@ -49,9 +36,9 @@ protected:
         CQZRegistroServicos::Registra(kEmpresa, servicos);
         prioridades.Com<CPXTrataDadosPrioridade>();
         disciplinas.Com<CPXTrataDadosDisciplina>().ComIntegridade(
-            Integridade<CQZDadosPX_Disciplina>(CPXControleIntegridade::DISCIPLINA));
+            PXRegraIntegridade(CPXControleIntegridade::DISCIPLINA));
         tecnicos.Com<CPXTrataDadosTecnico>().ComIntegridade(
-            Integridade<CQZDadosPX_Tecnico>(CPXControleIntegridade::TECNICO));
+            PXRegraIntegridade(CPXControleIntegridade::TECNICO));
     }
     void TearDown() override {
         CQZRegistroServicos::Remove(kEmpresa);

@@ -10,25 +10,9 @@
 #include <fstream>
 
 #include "store/QZArmazemSQL.h"
+#include "tests/support/PXArquivoTemporario.h"
 
 namespace {
-
-// A file in the test's temporary directory, removed with its WAL files.
-class ArquivoTemporario {
-public:
-    explicit ArquivoTemporario(const std::string& nome)
-        : m_caminho(::testing::TempDir() + "qz_" + nome + "_" + std::to_string(getpid()) + ".db") {
-        Remove();
-    }
-    ~ArquivoTemporario() { Remove(); }
-    const std::string& Caminho() const { return m_caminho; }
-
-private:
-    void Remove() {
-        for (const char* sufixo : {"", "-wal", "-shm", "-journal"}) std::remove((m_caminho + sufixo).c_str());
-    }
-    std::string m_caminho;
-};
 
 // A plain SQLite connection, to build old files and look at what the store wrote.
 class Sql {
@@ -66,7 +50,7 @@ bool Contem(const CQZDadosGT_Erro& erro, const char* trecho) { return erro.GetMe
 }  // namespace
 
 TEST(QZArmazemSQLEsquemaTest, FileOfTheUnversionedLayoutIsUpgradedKeepingItsData) {
-    ArquivoTemporario arquivo("antigo");
+    PXArquivoTemporario arquivo("antigo");
     {
         // The layout before versioning, and before priorities had a base value.
         Sql sql(arquivo.Caminho());
@@ -109,7 +93,7 @@ TEST(QZArmazemSQLEsquemaTest, FileOfTheUnversionedLayoutIsUpgradedKeepingItsData
 }
 
 TEST(QZArmazemSQLEsquemaTest, FilesItCannotUseAreRefusedUntouched) {
-    ArquivoTemporario novo("novo"), lixo("lixo"), alheio("alheio"), ausente("ausente");
+    PXArquivoTemporario novo("novo"), lixo("lixo"), alheio("alheio"), ausente("ausente");
     {
         Sql sql(novo.Caminho());
         sql.Executa("CREATE TABLE QZ_Esquema (versao INTEGER PRIMARY KEY, descricao TEXT NOT NULL, aplicada_em TEXT NOT NULL)");
@@ -124,7 +108,7 @@ TEST(QZArmazemSQLEsquemaTest, FilesItCannotUseAreRefusedUntouched) {
         sql.Executa("CREATE TABLE clientes (id INTEGER)");
     }
     struct Caso {
-        const ArquivoTemporario& arquivo;
+        const PXArquivoTemporario& arquivo;
         QZModoAbertura modo;
         const char* trecho;
     } casos[] = {
@@ -148,7 +132,7 @@ TEST(QZArmazemSQLEsquemaTest, FilesItCannotUseAreRefusedUntouched) {
 }
 
 TEST(QZArmazemSQLEsquemaTest, NewFileIsVersionedAndInWalMode) {
-    ArquivoTemporario arquivo("wal");
+    PXArquivoTemporario arquivo("wal");
     {
         CQZArmazemSQL armazem(arquivo.Caminho());
         ASSERT_TRUE(armazem.EstaAberto());
@@ -160,7 +144,7 @@ TEST(QZArmazemSQLEsquemaTest, NewFileIsVersionedAndInWalMode) {
 }
 
 TEST(QZArmazemSQLConcorrenciaTest, AWriterWaitsForAnotherThenGivesUpWithAClearError) {
-    ArquivoTemporario arquivo("ocupado");
+    PXArquivoTemporario arquivo("ocupado");
     CQZArmazemSQL a(arquivo.Caminho());
     ASSERT_TRUE(a.EstaAberto());
     long hrB = 0;
@@ -247,7 +231,7 @@ TEST(QZArmazemSQLFalhaTest, AFailedTransactionLeavesNothingOfItsWrites) {
 }
 
 TEST(QZArmazemSQLFalhaTest, AWriterKilledMidTransactionLeavesAConsistentFile) {
-    ArquivoTemporario arquivo("morto");
+    PXArquivoTemporario arquivo("morto");
     {
         CQZArmazemSQL armazem(arquivo.Caminho());
         for (const char* c : {"A", "B", "C"}) {

@@ -8,26 +8,11 @@
 #include <cstdio>
 
 #include "store/QZFabricaArmazemSQL.h"
+#include "tests/support/PXArquivoTemporario.h"
 
 namespace {
 
 std::string Texto(const CQZDadosGT_Erro& e) { return QZParaUtf8(e.GetMensagem()); }
-
-class ArquivoTemporario {
-public:
-    explicit ArquivoTemporario(const std::string& nome)
-        : m_caminho(::testing::TempDir() + "qzc_" + nome + "_" + std::to_string(getpid()) + ".db") {
-        Remove();
-    }
-    ~ArquivoTemporario() { Remove(); }
-    const std::string& Caminho() const { return m_caminho; }
-
-private:
-    void Remove() {
-        for (const char* sufixo : {"", "-wal", "-shm"}) std::remove((m_caminho + sufixo).c_str());
-    }
-    std::string m_caminho;
-};
 
 CQZDadosPX_Tecnico Tecnico(const char* codigo, const char* nome) {
     CQZDadosPX_Tecnico t;
@@ -46,7 +31,7 @@ protected:
         ASSERT_TRUE(a && b) << Texto(erro);
     }
 
-    ArquivoTemporario arquivo{"conexoes"};
+    PXArquivoTemporario arquivo{"conexoes"};
     CQZFabricaArmazemSQL fabrica{arquivo.Caminho(), QZ_ABRE_OU_CRIA};
     std::unique_ptr<CQZArmazemSQL> a, b;
 };
