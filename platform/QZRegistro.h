@@ -206,16 +206,16 @@ struct CQZCondicao {
         SUBARVORE,     // the record at valor and its descendants through parent field `campo`
     };
     Op op;
-    std::string campo;
+    const char* campo;  // a field's name, as the record declares it
     CQZValor valor;
-    std::string lista;
+    const char* lista;  // LISTA_CONTEM: the list's name
 };
 
 class CQZCondicoes {
 public:
     template <class T>
     CQZCondicoes& Igual(const char* campo, const T& valor) {
-        m_v.push_back({CQZCondicao::IGUAL, campo, QZValorDe(valor), {}});
+        m_v.push_back({CQZCondicao::IGUAL, campo, QZValorDe(valor), nullptr});
         return *this;
     }
     template <class T>
@@ -225,7 +225,7 @@ public:
     }
     // Exact code, or a prefix when partial matching is on.
     CQZCondicoes& Codigo(const char* campo, const std::optional<CString>& valor, bool parcial) {
-        if (valor) m_v.push_back({parcial ? CQZCondicao::PREFIXO : CQZCondicao::IGUAL, campo, *valor, {}});
+        if (valor) m_v.push_back({parcial ? CQZCondicao::PREFIXO : CQZCondicao::IGUAL, campo, *valor, nullptr});
         return *this;
     }
     template <class T>
@@ -234,7 +234,7 @@ public:
         return *this;
     }
     CQZCondicoes& Subarvore(const char* campoPai, uint32_t raiz) {
-        m_v.push_back({CQZCondicao::SUBARVORE, campoPai, static_cast<int64_t>(raiz), {}});
+        m_v.push_back({CQZCondicao::SUBARVORE, campoPai, static_cast<int64_t>(raiz), nullptr});
         return *this;
     }
     const std::vector<CQZCondicao>& Lista() const { return m_v; }

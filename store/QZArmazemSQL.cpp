@@ -4,12 +4,13 @@
 
 #include <algorithm>
 #include <atomic>
+#include <mutex>
 
 #include "store/QZConexaoInfoExtrasSQL.h"
 
 namespace qzsql {
 
-int Tabela::IndiceColuna(const std::string& campo) const {
+int Tabela::IndiceColuna(std::string_view campo) const {
     for (size_t i = 0; i < colunas.size(); ++i)
         if (colunas[i].nome == campo) return static_cast<int>(i);
     return -1;
@@ -24,11 +25,21 @@ void CompletaSql(Tabela& t) {
         sets += (i ? ", " : "") + q + " = ?";
     }
     const std::string tab = "\"" + t.nome + "\"";
-    t.sqlSeleciona = "SELECT " + (cols.empty() ? std::string("chave") : cols) + " FROM " + tab + " WHERE chave = ?";
-    t.sqlInsere = "INSERT INTO " + tab + " (chave" + (cols.empty() ? "" : ", " + cols) + ") VALUES (?" + marcas + ")";
-    t.sqlAtualiza = "UPDATE " + tab + " SET " + (sets.empty() ? std::string("chave = chave") : sets) + " WHERE chave = ?";
-    t.sqlFilhas = "SELECT chave" + (cols.empty() ? "" : ", " + cols) + " FROM " + tab + " WHERE pai = ? ORDER BY ordem";
-    t.sqlInsereFilha = "INSERT INTO " + tab + " (pai, ordem" + (cols.empty() ? "" : ", " + cols) + ") VALUES (?, ?" + marcas + ")";
+    const std::string carimbo =
+        t.carimbo >= 0 ? " AND \"" + t.colunas[static_cast<size_t>(t.carimbo)].nome + "\" = ?" : std::string();
+    t.seleciona.sql = "SELECT " + (cols.empty() ? std::string("chave") : cols) + " FROM " + tab + " WHERE chave = ?";
+    t.existe.sql = "SELECT 1 FROM " + tab + " WHERE chave = ?";
+    t.insere.sql = "INSERT INTO " + tab + " (chave" + (cols.empty() ? "" : ", " + cols) + ") VALUES (?" + marcas + ")";
+    t.atualiza.sql = "UPDATE " + tab + " SET " + (sets.empty() ? std::string("chave = chave") : sets) +
+                     " WHERE chave = ?" + carimbo;
+    t.remove.sql = "DELETE FROM " + tab + " WHERE chave = ?" + carimbo;
+    t.carimboGravado.sql =
+        "SELECT " + (t.carimbo >= 0 ? "\"" + t.colunas[static_cast<size_t>(t.carimbo)].nome + "\"" : std::string("0")) +
+        " FROM " + tab + " WHERE chave = ?";
+    t.filhasDe.sql = "SELECT chave" + (cols.empty() ? "" : ", " + cols) + " FROM " + tab + " WHERE pai = ? ORDER BY ordem";
+    t.insereFilha.sql = "INSERT INTO " + tab + " (pai, ordem" + (cols.empty() ? "" : ", " + cols) + ") VALUES (?, ?" + marcas + ")";
+    t.apagaFilhas.sql = "DELETE FROM " + tab + " WHERE pai = ?";
+    t.chaves.sql = "SELECT chave FROM " + tab + " ORDER BY chave";
 }
 
 }  // namespace qzsql
@@ -269,25 +280,40 @@ void CQZArmazemSQL::ReconciliaTabela(const qzsql::Tabela& t) {
     (void)hr;  // the transaction's work returns 0 or throws
 }
 
+namespace {
+bool EhAscii(std::string_view s) {
+    for (unsigned char c : s)
+        if (c >= 0x80) return false;
+    return true;
+}
+}  // namespace
+
 void CQZArmazemSQL::Liga(qzsql::CQZComando& c, int indice, const CQZValor& valor) {
     if (const int64_t* v = std::get_if<int64_t>(&valor)) {
         c.Liga(indice, *v);
     } else if (const std::string* bruto = std::get_if<std::string>(&valor)) {
-        c.LigaTexto(indice, *bruto);
+        c.LigaTextoFixo(indice, *bruto);
+    } else if (const std::string& cp1252 = std::get<CString>(valor).str(); EhAscii(cp1252)) {
+        // ASCII is the same in both encodings.
+        c.LigaTextoFixo(indice, cp1252);
     } else {
         std::string utf8, erro;
-        if (!QZCp1252ParaUtf8(std::get<CString>(valor).str(), utf8, &erro))
+        if (!QZCp1252ParaUtf8(cp1252, utf8, &erro))
             throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Texto inválido: " + erro};
         c.LigaTexto(indice, utf8);
     }
 }
 
-CQZValor CQZArmazemSQL::ColunaValor(const qzsql::CQZComando& c, int indice, bool texto) {
-    if (!texto) return c.Inteiro(indice);
+void CQZArmazemSQL::LeTexto(const qzsql::CQZComando& c, int indice, CString& texto) {
+    const std::string_view utf8 = c.Texto(indice);
+    if (EhAscii(utf8)) {
+        texto = CString(utf8);
+        return;
+    }
     std::string cp1252, erro;
-    if (!QZUtf8ParaCp1252(std::string(c.Texto(indice)), cp1252, &erro))
+    if (!QZUtf8ParaCp1252(std::string(utf8), cp1252, &erro))
         throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Texto gravado sem forma em Windows-1252: " + erro};
-    return CString(std::move(cp1252));
+    texto = CString(std::move(cp1252));
 }
 
 void CQZArmazemSQL::AoIniciar() {
@@ -308,7 +334,8 @@ void CQZArmazemSQL::AoDesfazer() {
 void CQZArmazemSQL::VerificaVersaoDados() {
     // Inside a transaction the snapshot is fixed: checked when it began.
     if (m_banco.NivelTransacao() > 0 && m_versaoDados >= 0) return;
-    qzsql::CQZComando c(m_banco, "PRAGMA data_version");
+    static const qzsql::CQZComandoFixo kVersaoDados{"PRAGMA data_version"};
+    qzsql::CQZComando c(m_banco, kVersaoDados);
     const int64_t versao = c.Passo() ? c.Inteiro(0) : -1;
     if (versao != m_versaoDados) {
         m_cache.clear();
@@ -350,33 +377,77 @@ REG_QZDMAHMSUTC CQZArmazemSQL::NovoCarimbo(const REG_QZDMAHMSUTC* anterior) cons
     return agora;
 }
 
-std::string CQZArmazemSQL::MontaWhere(const qzsql::Tabela& t, const CQZCondicoes& c, std::vector<CQZValor>& valores,
-                                      const CQZCondicao** pSubarvore) {
-    std::string where;
-    auto coluna = [&](const qzsql::Tabela& tab, const std::string& campo) {
+namespace {
+
+// The compiled searches of the process, shared by its connections (each
+// prepares them in its own slot).
+std::mutex g_mutexBuscas;
+std::unordered_map<qzsql::AssinaturaBusca, std::unique_ptr<qzsql::BuscaCompilada>, qzsql::HashAssinaturaBusca>&
+    BuscasCompiladas() {
+    static auto* buscas =
+        new std::unordered_map<qzsql::AssinaturaBusca, std::unique_ptr<qzsql::BuscaCompilada>,
+                               qzsql::HashAssinaturaBusca>;
+    return *buscas;
+}
+
+// The shape of a call's conditions; false when there are too many to key
+// a compiled search by (such a search is compiled for the call alone).
+bool Assinatura(const qzsql::Tabela& t, bool classificacao, const CQZCondicoes& c, qzsql::AssinaturaBusca& a) {
+    a.tabela = &t;
+    a.classificacao = classificacao;
+    const auto& lista = c.Lista();
+    if (lista.size() > qzsql::AssinaturaBusca::kMaximoCondicoes) return false;
+    a.n = static_cast<uint8_t>(lista.size());
+    for (size_t i = 0; i < lista.size(); ++i) {
+        const CQZCondicao& cond = lista[i];
+        uintptr_t forma = static_cast<uintptr_t>(cond.op);
+        if (cond.op == CQZCondicao::PREFIXO) {
+            // An empty prefix selects everything; one of 0xFF bytes has no upper bound.
+            const CString& prefixo = std::get<CString>(cond.valor);
+            if (prefixo.IsEmpty())
+                forma |= 0x10;
+            else if (qzsql::LimitePrefixo(prefixo).empty())
+                forma |= 0x20;
+        }
+        a.partes[3 * i] = forma;
+        a.partes[3 * i + 1] = reinterpret_cast<uintptr_t>(cond.campo);
+        a.partes[3 * i + 2] = reinterpret_cast<uintptr_t>(cond.lista);
+    }
+    return true;
+}
+
+// Compiles the search of a shape of conditions: its SQL and where each of
+// its values comes from.
+std::unique_ptr<qzsql::BuscaCompilada> Compila(const qzsql::Tabela& t, bool classificacao, const CQZCondicoes& c) {
+    auto b = std::make_unique<qzsql::BuscaCompilada>();
+    auto coluna = [](const qzsql::Tabela& tab, const char* campo) {
         if (tab.IndiceColuna(campo) < 0)
-            throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Campo " + campo + " desconhecido em " + tab.nome + "."};
-        return "\"" + campo + "\"";
+            throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6,
+                               std::string("Campo ") + campo + " desconhecido em " + tab.nome + "."};
+        return "\"" + std::string(campo) + "\"";
     };
-    for (const CQZCondicao& cond : c.Lista()) {
+    std::string where;
+    std::vector<qzsql::BuscaCompilada::Ligacao> ligacoes;
+    const CQZCondicao* sub = nullptr;
+    uint16_t indiceSub = 0;
+    const auto& lista = c.Lista();
+    for (uint16_t i = 0; i < lista.size(); ++i) {
+        const CQZCondicao& cond = lista[i];
         std::string termo;
         switch (cond.op) {
             case CQZCondicao::IGUAL:
                 termo = "t." + coluna(t, cond.campo) + " = ?";
-                valores.push_back(cond.valor);
+                ligacoes.push_back({i, false});
                 break;
             case CQZCondicao::PREFIXO: {
                 const CString& prefixo = std::get<CString>(cond.valor);
                 if (prefixo.IsEmpty()) continue;
                 // A range on the column keeps the search on its index.
-                std::string utf8;
-                QZCp1252ParaUtf8(prefixo.str(), utf8);
-                std::string limite = LimiteSuperiorPrefixo(utf8);
                 termo = "t." + coluna(t, cond.campo) + " >= ?";
-                valores.push_back(prefixo);
-                if (!limite.empty()) {
+                ligacoes.push_back({i, false});
+                if (!qzsql::LimitePrefixo(prefixo).empty()) {
                     termo += " AND t." + coluna(t, cond.campo) + " < ?";
-                    valores.push_back(limite);  // raw UTF-8 bytes
+                    ligacoes.push_back({i, true});
                 }
                 break;
             }
@@ -385,74 +456,88 @@ std::string CQZArmazemSQL::MontaWhere(const qzsql::Tabela& t, const CQZCondicoes
                 for (const auto& f : t.filhas)
                     if (f.nome == t.nome + "__" + cond.lista) filha = &f;
                 if (!filha)
-                    throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Lista " + cond.lista + " desconhecida em " + t.nome + "."};
+                    throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6,
+                                       std::string("Lista ") + cond.lista + " desconhecida em " + t.nome + "."};
                 // Through the element's index, then the owners by key.
                 termo = "t.chave IN (SELECT f.pai FROM \"" + filha->nome + "\" AS f WHERE f." +
                         coluna(*filha, cond.campo) + " = ?)";
-                valores.push_back(cond.valor);
+                ligacoes.push_back({i, false});
                 break;
             }
             case CQZCondicao::SUBARVORE:
-                if (!pSubarvore)
+                if (!classificacao)
                     throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Subárvore pedida fora de uma classificação."};
                 coluna(t, cond.campo);
-                *pSubarvore = &cond;
+                sub = &cond;
+                indiceSub = i;
                 continue;
         }
         where += (where.empty() ? " WHERE " : " AND ") + termo;
     }
-    return where;
-}
-
-qzsql::Consulta CQZArmazemSQL::MontaBusca(const qzsql::Tabela& t, const TQZBaseFiltro& filtro) {
-    CQZCondicoes c;
-    filtro.MontaCondicoes(c, false);
-    qzsql::Consulta q;
-    std::string where = MontaWhere(t, c, q.valores, nullptr);
-    q.temCondicao = !where.empty();
-    q.sql = "SELECT t.chave FROM \"" + t.nome + "\" AS t" + where + " ORDER BY t.chave";
-    return q;
-}
-
-qzsql::Consulta CQZArmazemSQL::MontaClassificacao(const qzsql::Tabela& t, const TQZBaseFiltro& filtro) {
-    CQZCondicoes c;
-    filtro.MontaCondicoes(c, true);
-    std::vector<CQZValor> valores;
-    const CQZCondicao* sub = nullptr;
-    std::string where = MontaWhere(t, c, valores, &sub);
-    qzsql::Consulta q;
+    const std::string tab = "\"" + t.nome + "\"";
     if (!sub) {
-        q.sql = "SELECT t.chave FROM \"" + t.nome + "\" AS t" + where + " ORDER BY t.chave";
-        q.valores = std::move(valores);
-        q.temCondicao = !where.empty();
-        return q;
+        b->comando.sql = "SELECT t.chave FROM " + tab + " AS t" + where + " ORDER BY t.chave";
+        b->ligacoes = std::move(ligacoes);
+        b->temCondicao = !where.empty();
+        return b;
     }
     // The record itself first, then its descendants level by level. UNION
     // (not UNION ALL) ends the walk on a record that names itself or a
     // descendant as its parent. The other criteria select among the records
     // of the subtree; they do not stop the walk, so the leaves under a
     // sub-group that does not match are still found.
-    q.sql = "WITH RECURSIVE qz_sub(chave) AS (SELECT chave FROM \"" + t.nome +
-            "\" WHERE chave = ? UNION SELECT t.chave FROM \"" + t.nome + "\" AS t JOIN qz_sub ON t.\"" + sub->campo +
-            "\" = qz_sub.chave) SELECT chave FROM qz_sub";
+    b->comando.sql = "WITH RECURSIVE qz_sub(chave) AS (SELECT chave FROM " + tab +
+                     " WHERE chave = ? UNION SELECT t.chave FROM " + tab + " AS t JOIN qz_sub ON t.\"" +
+                     std::string(sub->campo) + "\" = qz_sub.chave) SELECT chave FROM qz_sub";
     if (!where.empty())
-        q.sql += " WHERE EXISTS (SELECT 1 FROM \"" + t.nome + "\" AS t WHERE t.chave = qz_sub.chave AND " +
-                 where.substr(7) + ")";
-    q.valores.push_back(sub->valor);
-    q.valores.insert(q.valores.end(), valores.begin(), valores.end());
-    q.temCondicao = true;
-    return q;
+        b->comando.sql += " WHERE EXISTS (SELECT 1 FROM " + tab + " AS t WHERE t.chave = qz_sub.chave AND " +
+                          where.substr(7) + ")";
+    b->ligacoes.push_back({indiceSub, false});
+    b->ligacoes.insert(b->ligacoes.end(), ligacoes.begin(), ligacoes.end());
+    b->temCondicao = true;
+    return b;
 }
 
-std::vector<int64_t> CQZArmazemSQL::ExecutaConsulta(const qzsql::Tabela& t, const qzsql::Consulta& c) {
-    if (IQZAuditorPlanos* auditor = g_auditor.load();
-        auditor && c.temCondicao && m_planosExaminados.insert(c.sql).second)
-        auditor->Examina(t.nome, c.sql, Explica(c.sql));
-    qzsql::CQZComando cmd(m_banco, c.sql);
-    for (size_t i = 0; i < c.valores.size(); ++i) Liga(cmd, static_cast<int>(i) + 1, c.valores[i]);
-    std::vector<int64_t> chaves;
-    while (cmd.Passo()) chaves.push_back(cmd.Inteiro(0));
-    return chaves;
+}  // namespace
+
+namespace qzsql {
+std::string LimitePrefixo(const CString& prefixo) {
+    std::string utf8;
+    QZCp1252ParaUtf8(prefixo.str(), utf8);
+    return LimiteSuperiorPrefixo(utf8);
+}
+
+size_t HashAssinaturaBusca::operator()(const AssinaturaBusca& a) const noexcept {
+    size_t h = std::hash<const void*>()(a.tabela) ^ (a.classificacao ? 0x9E3779B97F4A7C15ull : 0);
+    for (size_t i = 0; i < 3u * a.n; ++i) h = (h ^ a.partes[i]) * 0x100000001B3ull;
+    return h;
+}
+}  // namespace qzsql
+
+const qzsql::BuscaCompilada& CQZArmazemSQL::BuscaPara(const qzsql::Tabela& t, bool classificacao,
+                                                      const CQZCondicoes& c, bool auditar) {
+    qzsql::AssinaturaBusca a;
+    if (!Assinatura(t, classificacao, c, a)) {
+        // Too many conditions to key: compiled for this call, kept by text.
+        static thread_local std::unique_ptr<qzsql::BuscaCompilada> avulsa;
+        avulsa = Compila(t, classificacao, c);
+        return *avulsa;
+    }
+    if (auto it = m_buscas.find(a); it != m_buscas.end()) return *it->second;
+    const qzsql::BuscaCompilada* b;
+    {
+        std::lock_guard<std::mutex> trava(g_mutexBuscas);
+        auto& registro = BuscasCompiladas();
+        auto it = registro.find(a);
+        if (it == registro.end()) it = registro.emplace(a, Compila(t, classificacao, c)).first;
+        b = it->second.get();
+    }
+    // The first run of a search on each connection is shown to the auditor.
+    if (!auditar) return *b;
+    m_buscas.emplace(a, b);
+    if (IQZAuditorPlanos* auditor = g_auditor.load(); auditor && b->temCondicao)
+        auditor->Examina(t.nome, b->comando.sql, Explica(b->comando.sql));
+    return *b;
 }
 
 std::vector<std::string> CQZArmazemSQL::Explica(const std::string& sql) {
@@ -489,8 +574,8 @@ std::vector<std::string> CQZArmazemSQL::VarredurasCompletas(const std::vector<st
         lista = Lista();                                                                          \
         return Despacha("BuscaPonteiros" #Nome, [&]() -> long {                                   \
             GarantaTabela<Filtro::TipoRegistro>();                                                \
-            for (int64_t chave : ExecutaBusca(qzsql::EsquemaDe<Filtro::TipoRegistro>(), filtro))  \
-                AnexaChave(lista, chave);                                                         \
+            ExecutaBusca(qzsql::EsquemaDe<Filtro::TipoRegistro>(), filtro, false,                \
+                         [&](int64_t chave) { AnexaChave(lista, chave); });                       \
             return 0;                                                                             \
         });                                                                                       \
     }
@@ -499,9 +584,9 @@ std::vector<std::string> CQZArmazemSQL::VarredurasCompletas(const std::vector<st
         if (pLista) pLista->clear();                                                                        \
         return Despacha("BuscaClassificacao" #Nome, [&]() -> long {                                         \
             GarantaTabela<Filtro::TipoRegistro>();                                                          \
-            auto chaves = ExecutaClassificacao(qzsql::EsquemaDe<Filtro::TipoRegistro>(), filtro);           \
-            if (pLista)                                                                                     \
-                for (int64_t chave : chaves) pLista->push_back(CQZDadosGT_Classificacao(static_cast<uint32_t>(chave))); \
+            ExecutaBusca(qzsql::EsquemaDe<Filtro::TipoRegistro>(), filtro, true, [&](int64_t chave) {      \
+                if (pLista) pLista->push_back(CQZDadosGT_Classificacao(static_cast<uint32_t>(chave)));      \
+            });                                                                                             \
             return 0;                                                                                       \
         });                                                                                                 \
     }

@@ -25,6 +25,7 @@
 // transaction (SQLite's data_version).
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -78,19 +79,48 @@ struct Tabela {
     std::vector<Coluna> colunas;
     int carimbo = -1;             // index of the stamp column, -1 when none
     std::vector<Tabela> filhas;   // list members, in declaration order
-    std::string sqlSeleciona;     // by chave
-    std::string sqlInsere;        // chave first
-    std::string sqlAtualiza;      // values, then chave
-    std::string sqlFilhas;        // rows of a child table by pai, in order
-    std::string sqlInsereFilha;   // pai, ordem, values
-    int IndiceColuna(const std::string& campo) const;
+    CQZComandoFixo seleciona;     // the columns, by chave
+    CQZComandoFixo existe;        // whether a row has that chave
+    CQZComandoFixo insere;        // chave first
+    CQZComandoFixo atualiza;      // values, then chave (then the stamp read, when the table has one)
+    CQZComandoFixo remove;        // chave (then the stamp read, when the table has one)
+    CQZComandoFixo carimboGravado;  // the stamp column by chave
+    CQZComandoFixo filhasDe;      // rows of a child table by pai, in order: chave, then the columns
+    CQZComandoFixo insereFilha;   // pai, ordem, values
+    CQZComandoFixo apagaFilhas;   // rows of a child table by pai
+    CQZComandoFixo chaves;        // every chave, in order
+    int IndiceColuna(std::string_view campo) const;
 };
 
-// A search as the store runs it.
-struct Consulta {
-    std::string sql;
-    std::vector<CQZValor> valores;
+// A search compiled once for a shape of conditions (which criteria, in which
+// order, on which table and view) and run with each call's values.
+struct BuscaCompilada {
+    // Where each placeholder's value comes from: a condition's value, or
+    // the upper bound of a prefix condition's range.
+    struct Ligacao {
+        uint16_t condicao;
+        bool limite;
+    };
+    CQZComandoFixo comando;
+    std::vector<Ligacao> ligacoes;
     bool temCondicao = false;  // false: the filter lists the whole table
+};
+
+// A prefix condition's range: its upper bound, in UTF-8 (empty when the
+// prefix has none: only 0xFF bytes).
+std::string LimitePrefixo(const CString& prefixo);
+
+// What makes two calls the same search.
+struct AssinaturaBusca {
+    static constexpr size_t kMaximoCondicoes = 12;
+    const Tabela* tabela = nullptr;
+    bool classificacao = false;
+    uint8_t n = 0;
+    std::array<uintptr_t, 3 * kMaximoCondicoes> partes{};
+    friend bool operator==(const AssinaturaBusca&, const AssinaturaBusca&) = default;
+};
+struct HashAssinaturaBusca {
+    size_t operator()(const AssinaturaBusca& a) const noexcept;
 };
 
 void CompletaSql(Tabela& t);
@@ -286,8 +316,11 @@ private:
     long Despacha(const char* operacao, F&& fn);
 
     // SQL plumbing (QZArmazemSQL.cpp).
+    // Binds a value; text in Windows-1252 that is plain ASCII is bound as it
+    // is (the value outlives the statement's use), the rest converted.
     void Liga(qzsql::CQZComando& c, int indice, const CQZValor& valor);
-    CQZValor ColunaValor(const qzsql::CQZComando& c, int indice, bool texto);
+    // A text column into a Windows-1252 string, converting only non-ASCII text.
+    void LeTexto(const qzsql::CQZComando& c, int indice, CString& texto);
     void Inicia(QZModoAbertura modo);
     int64_t VersaoGravada();  // -1 when the file has no version table
     void VerificaVersaoConhecida(int64_t versao);
@@ -299,17 +332,15 @@ private:
     void VerificaVersaoDados();
     int64_t ProximaChave(const qzsql::Tabela& t);
     int64_t ProximoNumeroMes(const qzsql::Tabela& t, const REG_QZMA& ma);
-    std::string MontaWhere(const qzsql::Tabela& t, const CQZCondicoes& c, std::vector<CQZValor>& valores,
-                           const CQZCondicao** pSubarvore);
-    qzsql::Consulta MontaBusca(const qzsql::Tabela& t, const TQZBaseFiltro& filtro);
-    qzsql::Consulta MontaClassificacao(const qzsql::Tabela& t, const TQZBaseFiltro& filtro);
-    std::vector<int64_t> ExecutaConsulta(const qzsql::Tabela& t, const qzsql::Consulta& c);
-    std::vector<int64_t> ExecutaBusca(const qzsql::Tabela& t, const TQZBaseFiltro& filtro) {
-        return ExecutaConsulta(t, MontaBusca(t, filtro));
-    }
-    std::vector<int64_t> ExecutaClassificacao(const qzsql::Tabela& t, const TQZBaseFiltro& filtro) {
-        return ExecutaConsulta(t, MontaClassificacao(t, filtro));
-    }
+    // The compiled search for the shape of `c` (compiled on first use); a
+    // search about to run (`auditar`) is shown to the plan auditor the first
+    // time this connection runs it.
+    const qzsql::BuscaCompilada& BuscaPara(const qzsql::Tabela& t, bool classificacao, const CQZCondicoes& c,
+                                           bool auditar);
+    // Runs a search (a plain one, or of a classification view), handing each
+    // key found to `anexa`.
+    template <class Anexa>
+    void ExecutaBusca(const qzsql::Tabela& t, const TQZBaseFiltro& filtro, bool classificacao, Anexa&& anexa);
     std::vector<std::string> Explica(const std::string& sql);
     REG_QZDMAHMSUTC NovoCarimbo(const REG_QZDMAHMSUTC* anterior) const;
 
@@ -336,6 +367,8 @@ private:
     void GarantaTabela();
     template <class R>
     bool LeLinha(const qzsql::Tabela& t, int64_t chave, R& reg);
+    template <class R>
+    bool Existe(const qzsql::Tabela& t, int64_t chave);
     template <class E>
     void LeFilhas(const qzsql::Tabela& t, int64_t pai, std::vector<E>& lista);
     template <class R>
@@ -346,7 +379,7 @@ private:
     // The stored stamp of a row, after checking it against the record's;
     // absent for tables without a stamp.
     template <class R>
-    std::optional<CQZValor> ConfereCarimbo(const qzsql::Tabela& t, int64_t chave, const R& reg);
+    std::optional<int64_t> ConfereCarimbo(const qzsql::Tabela& t, int64_t chave, const R& reg);
     template <class R>
     static int64_t ChaveDe(const R& reg);
     template <class R>
@@ -361,11 +394,12 @@ private:
     static void AnexaChave(L& lista, int64_t chave);
 
     struct VisitanteLeListas;
+    struct VisitanteLeColunas;
     struct VisitanteGravaListas;
 
     std::string m_sCaminho;
     qzsql::CQZBanco m_banco;
-    std::set<std::string> m_planosExaminados;
+    std::unordered_map<qzsql::AssinaturaBusca, const qzsql::BuscaCompilada*, qzsql::HashAssinaturaBusca> m_buscas;
     CQZDadosGT_Erro m_erro;
     IQZGanchoAcesso* m_pGancho = nullptr;
     const IQZRelogio* m_pRelogio = &CQZRelogioSistema::Instancia();

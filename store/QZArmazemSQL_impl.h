@@ -16,6 +16,27 @@ struct CQZArmazemSQL::VisitanteLeListas {
     void Lista(const char*, std::vector<E>& l) { a.LeFilhas(t.filhas[k++], chave, l); }
 };
 
+// Reads the columns of a row straight into a record's fields, from column
+// `coluna` on, in declaration order.
+struct CQZArmazemSQL::VisitanteLeColunas {
+    CQZArmazemSQL& a;
+    const qzsql::CQZComando& c;
+    int coluna;
+    template <class T>
+    void Campo(const char*, T& v, unsigned opcoes) {
+        if (opcoes & QZ_CHAVE) return;
+        if constexpr (std::is_same_v<T, CString>) {
+            a.LeTexto(c, coluna++, v);
+        } else {
+            CQZValor partes[QZCodec<T>::N];
+            for (auto& p : partes) p = c.Inteiro(coluna++);
+            QZCodec<T>::De(v, partes);
+        }
+    }
+    template <class E>
+    void Lista(const char*, std::vector<E>&) {}
+};
+
 // Writes the list members of a record into their child tables.
 struct CQZArmazemSQL::VisitanteGravaListas {
     CQZArmazemSQL& a;
@@ -34,7 +55,7 @@ struct CQZArmazemSQL::VisitanteGravaListas {
             e.VisitaCampos(x);
             int64_t linha;
             {
-                qzsql::CQZComando c(a.m_banco, filha.sqlInsereFilha);
+                qzsql::CQZComando c(a.m_banco, filha.insereFilha);
                 c.Liga(1, chave).Liga(2, ordem++);
                 for (size_t i = 0; i < valores.size(); ++i) a.Liga(c, static_cast<int>(i) + 3, valores[i]);
                 c.Passo();
@@ -77,6 +98,24 @@ long CQZArmazemSQL::EmLeitura(const char* operacao, F&& fn) {
     return Despacha(operacao, [&]() -> long { return m_banco.EmTransacao(qzsql::EModoTransacao::LEITURA, fn); });
 }
 
+template <class Anexa>
+void CQZArmazemSQL::ExecutaBusca(const qzsql::Tabela& t, const TQZBaseFiltro& filtro, bool classificacao,
+                                 Anexa&& anexa) {
+    CQZCondicoes c;
+    filtro.MontaCondicoes(c, classificacao);
+    const qzsql::BuscaCompilada& b = BuscaPara(t, classificacao, c, true);
+    qzsql::CQZComando cmd(m_banco, b.comando);
+    int indice = 1;
+    for (const auto& l : b.ligacoes) {
+        const CQZCondicao& cond = c.Lista()[l.condicao];
+        if (l.limite)
+            cmd.LigaTexto(indice++, qzsql::LimitePrefixo(std::get<CString>(cond.valor)));
+        else
+            Liga(cmd, indice++, cond.valor);
+    }
+    while (cmd.Passo()) anexa(cmd.Inteiro(0));
+}
+
 template <class R>
 void CQZArmazemSQL::GarantaTabela() {
     const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
@@ -109,47 +148,38 @@ void CQZArmazemSQL::DefineChave(R& reg, int64_t chave) {
 template <class E>
 void CQZArmazemSQL::LeFilhas(const qzsql::Tabela& t, int64_t pai, std::vector<E>& lista) {
     lista.clear();
-    std::vector<std::pair<int64_t, std::vector<CQZValor>>> linhas;
-    {
-        qzsql::CQZComando c(m_banco, t.sqlFilhas);
-        c.Liga(1, pai);
-        while (c.Passo()) {
-            std::vector<CQZValor> valores;
-            valores.reserve(t.colunas.size());
-            for (size_t i = 0; i < t.colunas.size(); ++i)
-                valores.push_back(ColunaValor(c, static_cast<int>(i) + 1, t.colunas[i].texto));
-            linhas.emplace_back(c.Inteiro(0), std::move(valores));
-        }
-    }
-    for (auto& [chave, valores] : linhas) {
-        E e;
-        qzsql::VisitantePreenche p{valores};
-        e.VisitaCampos(p);
-        VisitanteLeListas vl{*this, t, chave};
+    qzsql::CQZComando c(m_banco, t.filhasDe);
+    c.Liga(1, pai);
+    while (c.Passo()) {
+        E& e = lista.emplace_back();
+        VisitanteLeColunas colunas{*this, c, 1};
+        e.VisitaCampos(colunas);
+        // The grandchildren come through another table's statement.
+        VisitanteLeListas vl{*this, t, c.Inteiro(0)};
         e.VisitaCampos(vl);
-        lista.push_back(std::move(e));
     }
 }
 
 template <class R>
 bool CQZArmazemSQL::LeLinha(const qzsql::Tabela& t, int64_t chave, R& reg) {
-    std::vector<CQZValor> valores;
     {
-        qzsql::CQZComando c(m_banco, t.sqlSeleciona);
+        qzsql::CQZComando c(m_banco, t.seleciona);
         c.Liga(1, chave);
         if (!c.Passo()) return false;
-        valores.reserve(t.colunas.size());
-        for (size_t i = 0; i < t.colunas.size(); ++i)
-            valores.push_back(ColunaValor(c, static_cast<int>(i), t.colunas[i].texto));
+        VisitanteLeColunas colunas{*this, c, 0};
+        reg.VisitaCampos(colunas);
     }
-    R lido;
-    qzsql::VisitantePreenche p{valores};
-    lido.VisitaCampos(p);
-    DefineChave(lido, chave);
+    DefineChave(reg, chave);
     VisitanteLeListas vl{*this, t, chave};
-    lido.VisitaCampos(vl);
-    reg = std::move(lido);
+    reg.VisitaCampos(vl);
     return true;
+}
+
+template <class R>
+bool CQZArmazemSQL::Existe(const qzsql::Tabela& t, int64_t chave) {
+    qzsql::CQZComando c(m_banco, t.existe);
+    c.Liga(1, chave);
+    return c.Passo();
 }
 
 template <class R>
@@ -186,8 +216,8 @@ long CQZArmazemSQL::LeGenerico(const K& chave, R* pDados, bool vazioSeAusente) {
     GarantaTabela<R>();
     const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
     const int64_t valor = ChaveDireta(chave);
-    R lido;
-    if (!LeLinha(t, valor, lido)) {
+    // Read straight into the caller's record: a failed read leaves it unspecified.
+    if (!LeLinha(t, valor, *pDados)) {
         if (vazioSeAusente) {
             *pDados = R();
             return 0;
@@ -195,7 +225,6 @@ long CQZArmazemSQL::LeGenerico(const K& chave, R* pDados, bool vazioSeAusente) {
         throw qzsql::Falha{QZ_E_REGISTRO_NAO_ENCONTRADO, 2,
                            "Registro " + t.nome + " não encontrado na chave " + std::to_string(valor) + "."};
     }
-    *pDados = std::move(lido);
     return 0;
 }
 
@@ -237,10 +266,6 @@ long CQZArmazemSQL::InsereLinha(R& reg, bool manterCarimbo) {
     } else if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_POSICAO) {
         if (chave == 0) chave = ProximaChave(t);
     }
-    R existente;
-    if (LeLinha(t, chave, existente))
-        throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6,
-                           "Já existe um registro " + t.nome + " na chave " + std::to_string(chave) + "."};
     R novo(reg);
     DefineChave(novo, chave);
     std::vector<CQZValor> valores;
@@ -252,10 +277,18 @@ long CQZArmazemSQL::InsereLinha(R& reg, bool manterCarimbo) {
             carimbo = static_cast<int64_t>(NovoCarimbo(nullptr).ullValor);
     }
     {
-        qzsql::CQZComando c(m_banco, t.sqlInsere);
+        qzsql::CQZComando c(m_banco, t.insere);
         c.Liga(1, chave);
         for (size_t i = 0; i < valores.size(); ++i) Liga(c, static_cast<int>(i) + 2, valores[i]);
-        c.Passo();
+        // The key's uniqueness is the table's: no read before the insert.
+        try {
+            c.Passo();
+        } catch (const qzsql::Falha&) {
+            if (sqlite3_extended_errcode(m_banco.Db()) == SQLITE_CONSTRAINT_PRIMARYKEY)
+                throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6,
+                                   "Já existe um registro " + t.nome + " na chave " + std::to_string(chave) + "."};
+            throw;
+        }
     }
     Alterou(t, chave);
     GravaFilhas(t, chave, novo);
@@ -276,23 +309,23 @@ long CQZArmazemSQL::Restaura(R& reg) {
 }
 
 template <class R>
-std::optional<CQZValor> CQZArmazemSQL::ConfereCarimbo(const qzsql::Tabela& t, int64_t chave, const R& reg) {
-    R gravado;
-    if (!LeLinha(t, chave, gravado))
-        throw qzsql::Falha{QZ_E_REGISTRO_NAO_ENCONTRADO, 2,
-                           "Registro " + t.nome + " não encontrado na chave " + std::to_string(chave) + "."};
+std::optional<int64_t> CQZArmazemSQL::ConfereCarimbo(const qzsql::Tabela& t, int64_t chave, const R& reg) {
+    int64_t gravado;
+    {
+        qzsql::CQZComando c(m_banco, t.carimboGravado);
+        c.Liga(1, chave);
+        if (!c.Passo())
+            throw qzsql::Falha{QZ_E_REGISTRO_NAO_ENCONTRADO, 2,
+                               "Registro " + t.nome + " não encontrado na chave " + std::to_string(chave) + "."};
+        gravado = c.Inteiro(0);
+    }
     if (t.carimbo < 0) return std::nullopt;
-    std::vector<CQZValor> valoresGravados, valores;
-    qzsql::VisitanteExtrai xg{valoresGravados}, x{valores};
-    gravado.VisitaCampos(xg);
-    reg.VisitaCampos(x);
-    const auto idx = static_cast<size_t>(t.carimbo);
-    const uint64_t cGravado = static_cast<uint64_t>(std::get<int64_t>(valoresGravados[idx]));
-    const uint64_t cRegistro = static_cast<uint64_t>(std::get<int64_t>(valores[idx]));
-    if ((cGravado & REG_QZDMAHMSUTC::kMascaraDataHora) != (cRegistro & REG_QZDMAHMSUTC::kMascaraDataHora))
+    const uint64_t cRegistro = QZCarimboDe(reg).ullValor;
+    if ((static_cast<uint64_t>(gravado) & REG_QZDMAHMSUTC::kMascaraDataHora) !=
+        (cRegistro & REG_QZDMAHMSUTC::kMascaraDataHora))
         throw qzsql::Falha{QZ_E_REGISTRO_ALTERADO, 3,
                            "Registro " + t.nome + " alterado por outro usuário desde a leitura."};
-    return valoresGravados[idx];
+    return gravado;
 }
 
 template <class R>
@@ -304,22 +337,19 @@ long CQZArmazemSQL::Atualiza(R& reg) {
         std::vector<CQZValor> valores;
         qzsql::VisitanteExtrai x{valores};
         reg.VisitaCampos(x);
-        std::string sql = t.sqlAtualiza;
-        std::vector<CQZValor> antigo;
         // The write carries the stamp the caller read: of two writers racing
         // on one record exactly one changes the row.
-        if (auto carimbo = ConfereCarimbo(t, chave, reg)) {
-            REG_QZDMAHMSUTC anterior(static_cast<uint64_t>(std::get<int64_t>(*carimbo)));
+        const std::optional<int64_t> carimbo = ConfereCarimbo(t, chave, reg);
+        if (carimbo) {
+            const REG_QZDMAHMSUTC anterior(static_cast<uint64_t>(*carimbo));
             valores[static_cast<size_t>(t.carimbo)] = static_cast<int64_t>(NovoCarimbo(&anterior).ullValor);
-            sql += " AND \"" + t.colunas[static_cast<size_t>(t.carimbo)].nome + "\" = ?";
-            antigo.push_back(*carimbo);
         }
         {
-            qzsql::CQZComando c(m_banco, sql);
+            qzsql::CQZComando c(m_banco, t.atualiza);
             int i = 1;
             for (const auto& v : valores) Liga(c, i++, v);
             c.Liga(i++, chave);
-            for (const auto& v : antigo) Liga(c, i++, v);
+            if (carimbo) c.Liga(i++, *carimbo);
             c.Passo();
             if (sqlite3_changes(m_banco.Db()) != 1)
                 throw qzsql::Falha{t.carimbo >= 0 ? QZ_E_REGISTRO_ALTERADO : QZ_E_REGISTRO_NAO_ENCONTRADO, 3,
@@ -328,7 +358,7 @@ long CQZArmazemSQL::Atualiza(R& reg) {
         }
         Alterou(t, chave);
         for (const auto& filha : t.filhas) {
-            qzsql::CQZComando c(m_banco, "DELETE FROM \"" + filha.nome + "\" WHERE pai = ?");
+            qzsql::CQZComando c(m_banco, filha.apagaFilhas);
             c.Liga(1, chave);
             c.Passo();
         }
@@ -360,13 +390,11 @@ long CQZArmazemSQL::Remove(const R& reg) {
     return EmTransacao("Remove", [&]() -> long {
         GarantaTabela<R>();
         const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
-        int64_t chave = ChaveDe(reg);
-        std::string sql = "DELETE FROM \"" + t.nome + "\" WHERE chave = ?";
-        auto carimbo = ConfereCarimbo(t, chave, reg);
-        if (carimbo) sql += " AND \"" + t.colunas[static_cast<size_t>(t.carimbo)].nome + "\" = ?";
-        qzsql::CQZComando c(m_banco, sql);
+        const int64_t chave = ChaveDe(reg);
+        const std::optional<int64_t> carimbo = ConfereCarimbo(t, chave, reg);
+        qzsql::CQZComando c(m_banco, t.remove);
         c.Liga(1, chave);
-        if (carimbo) Liga(c, 2, *carimbo);
+        if (carimbo) c.Liga(2, *carimbo);
         c.Passo();
         if (sqlite3_changes(m_banco.Db()) != 1)
             throw qzsql::Falha{QZ_E_REGISTRO_ALTERADO, 3,
@@ -386,7 +414,7 @@ long CQZArmazemSQL::ListaChaves(std::vector<int64_t>& chaves) {
     return Despacha("ListaChaves", [&]() -> long {
         GarantaTabela<R>();
         chaves.clear();
-        qzsql::CQZComando c(m_banco, "SELECT chave FROM \"" + std::string(R::kNomeTipo) + "\" ORDER BY chave");
+        qzsql::CQZComando c(m_banco, qzsql::EsquemaDe<R>().chaves);
         while (c.Passo()) chaves.push_back(c.Inteiro(0));
         return 0;
     });
@@ -397,7 +425,8 @@ long CQZArmazemSQL::BuscaChaves(const F& filtro, std::vector<int64_t>& chaves) {
     chaves.clear();
     return Despacha("BuscaChaves", [&]() -> long {
         GarantaTabela<typename F::TipoRegistro>();
-        chaves = ExecutaBusca(qzsql::EsquemaDe<typename F::TipoRegistro>(), filtro);
+        ExecutaBusca(qzsql::EsquemaDe<typename F::TipoRegistro>(), filtro, false,
+                     [&](int64_t chave) { chaves.push_back(chave); });
         return 0;
     });
 }
@@ -407,7 +436,8 @@ long CQZArmazemSQL::BuscaSubarvore(const F& filtro, std::vector<int64_t>& chaves
     chaves.clear();
     return Despacha("BuscaSubarvore", [&]() -> long {
         GarantaTabela<typename F::TipoRegistro>();
-        chaves = ExecutaClassificacao(qzsql::EsquemaDe<typename F::TipoRegistro>(), filtro);
+        ExecutaBusca(qzsql::EsquemaDe<typename F::TipoRegistro>(), filtro, true,
+                     [&](int64_t chave) { chaves.push_back(chave); });
         return 0;
     });
 }
@@ -418,7 +448,9 @@ long CQZArmazemSQL::PlanoBusca(const F& filtro, bool classificacao, std::vector<
     return Despacha("PlanoBusca", [&]() -> long {
         GarantaTabela<typename F::TipoRegistro>();
         const qzsql::Tabela& t = qzsql::EsquemaDe<typename F::TipoRegistro>();
-        plano = Explica((classificacao ? MontaClassificacao(t, filtro) : MontaBusca(t, filtro)).sql);
+        CQZCondicoes c;
+        filtro.MontaCondicoes(c, classificacao);
+        plano = Explica(BuscaPara(t, classificacao, c, false).comando.sql);
         return 0;
     });
 }

@@ -2,13 +2,19 @@
 
 #include "platform/QZCodigosResultado.h"
 
+#include <atomic>
+
 namespace qzsql {
+
+uint32_t NovoSlot() {
+    static std::atomic<uint32_t> proximo{0};
+    return proximo++;
+}
 
 CQZBanco::~CQZBanco() { Fecha(); }
 
 void CQZBanco::Fecha() noexcept {
-    for (auto& [sql, st] : m_comandos) sqlite3_finalize(st);
-    m_comandos.clear();
+    DescartaComandos();
     if (m_db) sqlite3_close(m_db);
     m_db = nullptr;
     m_nivel = 0;
@@ -41,9 +47,22 @@ sqlite3_stmt* CQZBanco::Prepara(std::string_view sql) {
     return st;
 }
 
+sqlite3_stmt* CQZBanco::Prepara(uint32_t slot, std::string_view sql) {
+    if (slot < m_porSlot.size() && m_porSlot[slot]) return m_porSlot[slot];
+    sqlite3_stmt* st = nullptr;
+    if (sqlite3_prepare_v3(m_db, sql.data(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT, &st, nullptr) !=
+        SQLITE_OK)
+        Falha();
+    if (slot >= m_porSlot.size()) m_porSlot.resize(slot + 1, nullptr);
+    m_porSlot[slot] = st;
+    return st;
+}
+
 void CQZBanco::DescartaComandos() {
     for (auto& [sql, st] : m_comandos) sqlite3_finalize(st);
     m_comandos.clear();
+    for (sqlite3_stmt* st : m_porSlot) sqlite3_finalize(st);
+    m_porSlot.clear();
 }
 
 void CQZBanco::Executa(const char* sql) {
@@ -87,7 +106,8 @@ void CQZBanco::Inicia(EModoTransacao modo) {
         // A deferred transaction takes its snapshot at its first read: take
         // it now, so that what the owner checks when it begins holds for it.
         try {
-            CQZComando c(*this, "SELECT 1 FROM sqlite_master LIMIT 1");
+            static const CQZComandoFixo kInstantaneo{"SELECT 1 FROM sqlite_master LIMIT 1"};
+            CQZComando c(*this, kInstantaneo);
             c.Passo();
         } catch (...) {
             Desfaz();
@@ -124,6 +144,12 @@ CQZComando& CQZComando::Liga(int indice, int64_t valor) {
 
 CQZComando& CQZComando::LigaTexto(int indice, std::string_view utf8) {
     if (sqlite3_bind_text64(m_st, indice, utf8.data(), utf8.size(), SQLITE_TRANSIENT, SQLITE_UTF8) != SQLITE_OK)
+        m_banco.Falha();
+    return *this;
+}
+
+CQZComando& CQZComando::LigaTextoFixo(int indice, std::string_view utf8) {
+    if (sqlite3_bind_text64(m_st, indice, utf8.data(), utf8.size(), SQLITE_STATIC, SQLITE_UTF8) != SQLITE_OK)
         m_banco.Falha();
     return *this;
 }

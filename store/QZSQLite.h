@@ -11,8 +11,14 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 namespace qzsql {
+
+// A statement's place in every connection's table of kept statements: the
+// store's fixed statements and compiled searches are found by slot, without
+// hashing their text.
+uint32_t NovoSlot();
 
 // A failure inside a store operation, turned into the store's error record
 // at its dispatch point.
@@ -32,6 +38,12 @@ public:
     virtual void AoConfirmar(int64_t /*linhas*/) {}
     // The outermost transaction was rolled back.
     virtual void AoDesfazer() {}
+};
+
+// A statement of fixed text with its slot.
+struct CQZComandoFixo {
+    std::string sql;
+    uint32_t slot = NovoSlot();
 };
 
 enum class EModoTransacao {
@@ -61,6 +73,9 @@ public:
 
     // A statement prepared once for this connection and kept by its text.
     sqlite3_stmt* Prepara(std::string_view sql);
+    // The same, kept in its slot (NovoSlot); `sql` is always the same text
+    // for a slot.
+    sqlite3_stmt* Prepara(uint32_t slot, std::string_view sql);
     // Drops every kept statement (after the planner's statistics change).
     void DescartaComandos();
     void Executa(const char* sql);
@@ -86,6 +101,7 @@ private:
     int64_t m_linhasAntes = 0;
     IObservadorTransacao* m_pObservador = nullptr;
     std::unordered_map<std::string, sqlite3_stmt*> m_comandos;
+    std::vector<sqlite3_stmt*> m_porSlot;
 };
 
 // A kept statement in use: bound, stepped and read here, reset and unbound
@@ -93,6 +109,8 @@ private:
 class CQZComando {
 public:
     CQZComando(CQZBanco& banco, std::string_view sql) : m_banco(banco), m_st(banco.Prepara(sql)) {}
+    CQZComando(CQZBanco& banco, const CQZComandoFixo& fixo)
+        : m_banco(banco), m_st(banco.Prepara(fixo.slot, fixo.sql)) {}
     ~CQZComando() {
         sqlite3_reset(m_st);
         sqlite3_clear_bindings(m_st);
@@ -103,6 +121,8 @@ public:
     CQZComando& Liga(int indice, int64_t valor);
     // UTF-8 text; copied by SQLite.
     CQZComando& LigaTexto(int indice, std::string_view utf8);
+    // UTF-8 text that outlives this use of the statement: not copied.
+    CQZComando& LigaTextoFixo(int indice, std::string_view utf8);
     // True on a row, false when done; throws on an error.
     bool Passo();
     int64_t Inteiro(int coluna) const { return sqlite3_column_int64(m_st, coluna); }
