@@ -88,6 +88,28 @@ public:
     // The company's extra information on this connection; null when the
     // company keeps none.
     virtual IQZArmazemInfoExtras* InfoExtras() = 0;
+    // Starts a read transaction (one snapshot for a batch of reads) when none
+    // is open; true when it started one, which EncerraLeitura then ends.
+    virtual bool IniciaLeitura() { return false; }
+    virtual void EncerraLeitura() {}
+};
+
+// The reads of a scope in one read transaction of the connection, when the
+// caller has none open: one snapshot, and one transaction instead of one
+// per read.
+class CQZLeituraConsistente {
+public:
+    explicit CQZLeituraConsistente(IQZConexaoEmpresa* conexao)
+        : m_conexao(conexao), m_iniciou(conexao && conexao->IniciaLeitura()) {}
+    ~CQZLeituraConsistente() {
+        if (m_iniciou) m_conexao->EncerraLeitura();
+    }
+    CQZLeituraConsistente(const CQZLeituraConsistente&) = delete;
+    CQZLeituraConsistente& operator=(const CQZLeituraConsistente&) = delete;
+
+private:
+    IQZConexaoEmpresa* m_conexao;
+    bool m_iniciou;
 };
 
 // Opens the connections of one company; may keep closed-over connections in

@@ -32,18 +32,21 @@ long CPXTrataDados::OnFinaliza() {
 
 int CPXTrataDados::TrataGravacao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia) {
     LimpaErro();
-    if (EstaInicializado())
+    if (EstaInicializado()) {
+        // The rules read one snapshot of the store.
+        CQZLeituraConsistente leitura(GetConexao());
         Protegido([&]() -> CQZDadosGT_Erro& { return OnTrataGravacao(pDados, pInconsistencia); });
-    else
+    } else
         SetAvisoPersonalizado(PX_MSG(161), 0);
     return EhErroNenhum() ? 1 : 0;
 }
 
 int CPXTrataDados::TrataExclusao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia) {
     LimpaErro();
-    if (EstaInicializado())
+    if (EstaInicializado()) {
+        CQZLeituraConsistente leitura(GetConexao());
         Protegido([&]() -> CQZDadosGT_Erro& { return OnTrataExclusao(pDados, pInconsistencia); });
-    else
+    } else
         SetAvisoPersonalizado(PX_MSG(161), 0);
     return EhErroNenhum() ? 1 : 0;
 }

@@ -149,6 +149,15 @@ IQZArmazemInfoExtras* CQZArmazemSQL::InfoExtras() {
     return m_infoExtras.get();
 }
 
+bool CQZArmazemSQL::IniciaLeitura() {
+    try {
+        return m_banco.IniciaTransacao(qzsql::EModoTransacao::LEITURA);
+    } catch (const qzsql::Falha&) {
+        // Without the transaction each read is its own, and reports its own failure.
+        return false;
+    }
+}
+
 void CQZArmazemSQL::DefineGancho(IQZGanchoAcesso* gancho) {
     m_pGancho = gancho;
     if (m_infoExtras) m_infoExtras->DefineGancho(gancho);

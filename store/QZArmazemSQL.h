@@ -237,6 +237,8 @@ public:
     CQZAcessoGestavoBuffer& AcessoGestavo() override { return *this; }
     // The extra information, on this connection (its tables in the same database).
     IQZArmazemInfoExtras* InfoExtras() override;
+    bool IniciaLeitura() override;
+    void EncerraLeitura() override { m_banco.EncerraTransacao(); }
 
     static void DefineAuditorPlanos(IQZAuditorPlanos* auditor);
     // The rows of a plan that read a whole table or index.

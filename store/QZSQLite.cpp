@@ -98,6 +98,21 @@ void CQZBanco::Falha() const {
     throw qzsql::Falha{QZ_E_BANCO, 1, "Erro do banco de dados no armazém " + m_nome + ": " + motivo + "."};
 }
 
+bool CQZBanco::IniciaTransacao(EModoTransacao modo) {
+    if (m_nivel > 0 || !m_db) return false;
+    Inicia(modo);
+    return true;
+}
+
+void CQZBanco::EncerraTransacao() {
+    if (m_nivel == 0) return;
+    try {
+        Confirma();
+    } catch (...) {
+        // Confirma has rolled back what it could not commit.
+    }
+}
+
 void CQZBanco::Inicia(EModoTransacao modo) {
     if (modo == EModoTransacao::ESCRITA) {
         Executa("BEGIN IMMEDIATE");

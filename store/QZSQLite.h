@@ -83,6 +83,10 @@ public:
     [[noreturn]] void Falha() const;
 
     int NivelTransacao() const { return m_nivel; }
+    // A transaction left open for a scope: started when none is open (true),
+    // ended by EncerraTransacao (committed; a read transaction writes nothing).
+    bool IniciaTransacao(EModoTransacao modo);
+    void EncerraTransacao();
     // Runs fn (returning a long status) in a transaction; inside an open
     // one it joins it. The outermost transaction commits when fn returns 0
     // and rolls back when it returns anything else or throws.
