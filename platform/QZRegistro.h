@@ -32,6 +32,8 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <variant>
@@ -211,12 +213,15 @@ struct CQZCondicao {
     const char* lista;  // LISTA_CONTEM: the list's name
 };
 
+// The conditions of one search, kept inline: a search is built on every
+// call, and no filter has more criteria than fit here.
 class CQZCondicoes {
 public:
+    static constexpr size_t kMaximo = 16;
+
     template <class T>
     CQZCondicoes& Igual(const char* campo, const T& valor) {
-        m_v.push_back({CQZCondicao::IGUAL, campo, QZValorDe(valor), nullptr});
-        return *this;
+        return Adiciona({CQZCondicao::IGUAL, campo, QZValorDe(valor), nullptr});
     }
     template <class T>
     CQZCondicoes& Igual(const char* campo, const std::optional<T>& valor) {
@@ -225,22 +230,26 @@ public:
     }
     // Exact code, or a prefix when partial matching is on.
     CQZCondicoes& Codigo(const char* campo, const std::optional<CString>& valor, bool parcial) {
-        if (valor) m_v.push_back({parcial ? CQZCondicao::PREFIXO : CQZCondicao::IGUAL, campo, *valor, nullptr});
+        if (valor) Adiciona({parcial ? CQZCondicao::PREFIXO : CQZCondicao::IGUAL, campo, *valor, nullptr});
         return *this;
     }
     template <class T>
     CQZCondicoes& ListaContem(const char* lista, const char* campo, const T& valor) {
-        m_v.push_back({CQZCondicao::LISTA_CONTEM, campo, QZValorDe(valor), lista});
-        return *this;
+        return Adiciona({CQZCondicao::LISTA_CONTEM, campo, QZValorDe(valor), lista});
     }
     CQZCondicoes& Subarvore(const char* campoPai, uint32_t raiz) {
-        m_v.push_back({CQZCondicao::SUBARVORE, campoPai, static_cast<int64_t>(raiz), nullptr});
-        return *this;
+        return Adiciona({CQZCondicao::SUBARVORE, campoPai, static_cast<int64_t>(raiz), nullptr});
     }
-    const std::vector<CQZCondicao>& Lista() const { return m_v; }
+    std::span<const CQZCondicao> Lista() const { return {m_v.data(), m_n}; }
 
 private:
-    std::vector<CQZCondicao> m_v;
+    CQZCondicoes& Adiciona(CQZCondicao&& c) {
+        if (m_n == kMaximo) throw std::length_error("mais critérios do que uma busca comporta");
+        m_v[m_n++] = std::move(c);
+        return *this;
+    }
+    std::array<CQZCondicao, kMaximo> m_v{};
+    size_t m_n = 0;
 };
 
 // An entry of a classification (tree) view.

@@ -239,7 +239,10 @@ void CQZArmazemSQL::Inicia(QZModoAbertura modo) {
         });
         (void)hr;  // the transaction's work returns 0 or throws
     }
-    for (const auto* t : tabelas) m_tabelasCriadas.insert(t->nome);
+    for (const auto* t : tabelas) {
+        if (t->id >= m_tabelasCriadas.size()) m_tabelasCriadas.resize(t->id + 1);
+        m_tabelasCriadas[t->id] = true;
+    }
 }
 
 void CQZArmazemSQL::PlanoTabela(const qzsql::Tabela& t, const std::string& tabelaPai, std::vector<std::string>& ddl) {
@@ -326,7 +329,8 @@ void CQZArmazemSQL::LeTexto(const qzsql::CQZComando& c, int indice, CString& tex
 }
 
 void CQZArmazemSQL::AoIniciar() {
-    // Writes of other connections are noticed once per transaction.
+    // Writes of other connections are noticed once per transaction: the
+    // pragma reads the database, so it also takes the transaction's snapshot.
     VerificaVersaoDados();
 }
 
@@ -341,8 +345,6 @@ void CQZArmazemSQL::AoDesfazer() {
 }
 
 void CQZArmazemSQL::VerificaVersaoDados() {
-    // Inside a transaction the snapshot is fixed: checked when it began.
-    if (m_banco.NivelTransacao() > 0 && m_versaoDados >= 0) return;
     static const qzsql::CQZComandoFixo kVersaoDados{"PRAGMA data_version"};
     qzsql::CQZComando c(m_banco, kVersaoDados);
     const int64_t versao = c.Passo() ? c.Inteiro(0) : -1;

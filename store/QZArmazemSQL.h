@@ -76,6 +76,7 @@ struct Coluna {
 // Table layout of one record type (or of one list of it).
 struct Tabela {
     std::string nome;
+    uint32_t id = NovoSlot();     // the table's place in a connection's table of checked tables
     std::vector<Coluna> colunas;
     int carimbo = -1;             // index of the stamp column, -1 when none
     std::vector<Tabela> filhas;   // list members, in declaration order
@@ -227,6 +228,10 @@ public:
     void DefineRelogio(const IQZRelogio* relogio) { m_pRelogio = relogio ? relogio : &CQZRelogioSistema::Instancia(); }
     // How long a write waits for another connection's write to end.
     void DefineTempoEspera(int ms) { m_banco.DefineEspera(ms); }
+    // Sees every statement this connection runs (benchmarks).
+    void DefineObservadorComandos(qzsql::IObservadorComandos* observador) {
+        m_banco.DefineObservadorComandos(observador);
+    }
     const std::string& GetCaminho() const { return m_sCaminho; }
     bool EmTransacaoAberta() const { return m_banco.NivelTransacao() > 0; }
     // The layout version recorded in the file.
@@ -405,7 +410,8 @@ private:
     CQZDadosGT_Erro m_erro;
     IQZGanchoAcesso* m_pGancho = nullptr;
     const IQZRelogio* m_pRelogio = &CQZRelogioSistema::Instancia();
-    std::set<std::string> m_tabelasCriadas;
+    // The tables this connection found or made as declared, by Tabela::id.
+    std::vector<bool> m_tabelasCriadas;
     std::unordered_map<ChaveCache, std::shared_ptr<TQZBaseParaDados>, HashChaveCache> m_cache;
     int64_t m_versaoDados = -1;
     std::unique_ptr<CQZConexaoInfoExtrasSQL> m_infoExtras;

@@ -119,9 +119,10 @@ void CQZArmazemSQL::ExecutaBusca(const qzsql::Tabela& t, const TQZBaseFiltro& fi
 template <class R>
 void CQZArmazemSQL::GarantaTabela() {
     const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
-    if (m_tabelasCriadas.count(t.nome)) return;
+    if (t.id < m_tabelasCriadas.size() && m_tabelasCriadas[t.id]) return;
     ReconciliaTabela(t);
-    m_tabelasCriadas.insert(t.nome);
+    if (t.id >= m_tabelasCriadas.size()) m_tabelasCriadas.resize(t.id + 1);
+    m_tabelasCriadas[t.id] = true;
 }
 
 template <class R>
@@ -230,7 +231,8 @@ long CQZArmazemSQL::LeGenerico(const K& chave, R* pDados, bool vazioSeAusente) {
 
 template <class R, class K>
 long CQZArmazemSQL::LeBufferGenerico(const K& chave, R* pDados, bool vazioSeAusente) {
-    VerificaVersaoDados();
+    // Inside a transaction the cache was checked when it began.
+    if (m_banco.NivelTransacao() == 0) VerificaVersaoDados();
     GarantaTabela<R>();
     const ChaveCache chaveCache{&qzsql::EsquemaDe<R>(), ChaveDireta(chave)};
     if (auto it = m_cache.find(chaveCache); it != m_cache.end()) {

@@ -114,29 +114,28 @@ void CQZBanco::EncerraTransacao() {
 }
 
 void CQZBanco::Inicia(EModoTransacao modo) {
-    if (modo == EModoTransacao::ESCRITA) {
-        Executa("BEGIN IMMEDIATE");
-    } else {
-        Executa("BEGIN");
-        // A deferred transaction takes its snapshot at its first read: take
-        // it now, so that what the owner checks when it begins holds for it.
-        try {
-            static const CQZComandoFixo kInstantaneo{"SELECT 1 FROM sqlite_master LIMIT 1"};
-            CQZComando c(*this, kInstantaneo);
-            c.Passo();
-        } catch (...) {
-            Desfaz();
-            throw;
-        }
+    static const CQZComandoFixo kLeitura{"BEGIN"}, kEscrita{"BEGIN IMMEDIATE"};
+    {
+        CQZComando c(*this, modo == EModoTransacao::ESCRITA ? kEscrita : kLeitura);
+        c.Passo();
     }
     m_nivel = 1;
     m_linhasAntes = sqlite3_total_changes64(m_db);
-    if (m_pObservador) m_pObservador->AoIniciar();
+    // A deferred transaction takes its snapshot at its first read: the
+    // owner reads at once what it checks the transaction by.
+    try {
+        if (m_pObservador) m_pObservador->AoIniciar();
+    } catch (...) {
+        Desfaz();
+        throw;
+    }
 }
 
 void CQZBanco::Confirma() {
+    static const CQZComandoFixo kConfirma{"COMMIT"};
     try {
-        Executa("COMMIT");
+        CQZComando c(*this, kConfirma);
+        c.Passo();
     } catch (...) {
         // A commit that fails (a full disk) leaves the transaction open.
         Desfaz();
@@ -154,18 +153,21 @@ void CQZBanco::Desfaz() noexcept {
 
 CQZComando& CQZComando::Liga(int indice, int64_t valor) {
     if (sqlite3_bind_int64(m_st, indice, valor) != SQLITE_OK) m_banco.Falha();
+    Observa(indice, false, valor, {});
     return *this;
 }
 
 CQZComando& CQZComando::LigaTexto(int indice, std::string_view utf8) {
     if (sqlite3_bind_text64(m_st, indice, utf8.data(), utf8.size(), SQLITE_TRANSIENT, SQLITE_UTF8) != SQLITE_OK)
         m_banco.Falha();
+    Observa(indice, true, 0, utf8);
     return *this;
 }
 
 CQZComando& CQZComando::LigaTextoFixo(int indice, std::string_view utf8) {
     if (sqlite3_bind_text64(m_st, indice, utf8.data(), utf8.size(), SQLITE_STATIC, SQLITE_UTF8) != SQLITE_OK)
         m_banco.Falha();
+    Observa(indice, true, 0, utf8);
     return *this;
 }
 

@@ -8,6 +8,7 @@
 #include <sqlite3.h>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -46,6 +47,20 @@ struct CQZComandoFixo {
     uint32_t slot = NovoSlot();
 };
 
+// Sees every statement a connection runs, with the values bound to it
+// (benchmarks replay them directly to measure what the store adds).
+class IObservadorComandos {
+public:
+    virtual ~IObservadorComandos() = default;
+    struct Valor {
+        int indice;
+        bool texto;
+        int64_t inteiro;
+        std::string utf8;
+    };
+    virtual void AoExecutar(std::string_view sql, const std::vector<Valor>& valores) = 0;
+};
+
 enum class EModoTransacao {
     LEITURA,  // BEGIN: a consistent snapshot for a batch of reads
     ESCRITA,  // BEGIN IMMEDIATE: takes the write lock at once, so a read-then-write never loses it
@@ -70,6 +85,8 @@ public:
     int Espera() const { return m_esperaMs; }
     void DefineEspera(int ms);
     void DefineObservador(IObservadorTransacao* observador) { m_pObservador = observador; }
+    void DefineObservadorComandos(IObservadorComandos* observador) { m_pComandos = observador; }
+    IObservadorComandos* ObservadorComandos() const { return m_pComandos; }
 
     // A statement prepared once for this connection and kept by its text.
     sqlite3_stmt* Prepara(std::string_view sql);
@@ -104,6 +121,7 @@ private:
     int m_nivel = 0;
     int64_t m_linhasAntes = 0;
     IObservadorTransacao* m_pObservador = nullptr;
+    IObservadorComandos* m_pComandos = nullptr;
     std::unordered_map<std::string, sqlite3_stmt*> m_comandos;
     std::vector<sqlite3_stmt*> m_porSlot;
 };
@@ -112,10 +130,13 @@ private:
 // when it goes out of scope, also when a failure is thrown.
 class CQZComando {
 public:
-    CQZComando(CQZBanco& banco, std::string_view sql) : m_banco(banco), m_st(banco.Prepara(sql)) {}
+    CQZComando(CQZBanco& banco, std::string_view sql) : m_banco(banco), m_st(banco.Prepara(sql)) { Vigia(); }
     CQZComando(CQZBanco& banco, const CQZComandoFixo& fixo)
-        : m_banco(banco), m_st(banco.Prepara(fixo.slot, fixo.sql)) {}
+        : m_banco(banco), m_st(banco.Prepara(fixo.slot, fixo.sql)) {
+        Vigia();
+    }
     ~CQZComando() {
+        if (m_pValores) m_banco.ObservadorComandos()->AoExecutar(sqlite3_sql(m_st), *m_pValores);
         sqlite3_reset(m_st);
         sqlite3_clear_bindings(m_st);
     }
@@ -135,8 +156,17 @@ public:
     sqlite3_stmt* Stmt() const { return m_st; }
 
 private:
+    void Vigia() {
+        if (m_banco.ObservadorComandos()) m_pValores = std::make_unique<std::vector<IObservadorComandos::Valor>>();
+    }
+    void Observa(int indice, bool texto, int64_t inteiro, std::string_view utf8) {
+        if (m_pValores) m_pValores->push_back({indice, texto, inteiro, std::string(utf8)});
+    }
+
     CQZBanco& m_banco;
     sqlite3_stmt* m_st;
+    // The values bound, kept only while an observer watches.
+    std::unique_ptr<std::vector<IObservadorComandos::Valor>> m_pValores;
 };
 
 template <class F>

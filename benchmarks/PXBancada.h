@@ -1,0 +1,235 @@
+// What the benchmarks share: a plant (a store of n records, in memory or in
+// a file, registered for a company of its own and kept for every run of a
+// size), and the measure of what a validation costs beyond its reads: the
+// statements a validation runs are recorded once and replayed directly with
+// the sqlite3 C API (the same statements, prepared once and reused, in a
+// transaction of their own), side by side with the validation itself.
+#pragma once
+
+#include <benchmark/benchmark.h>
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "store/QZFabricaArmazemSQL.h"
+
+namespace pxbench {
+
+inline CString Codigo(char prefixo, int64_t i) {
+    return CString::Formatado("%c%07lld", prefixo, static_cast<long long>(i));
+}
+
+// A store of records, built once per (kind, store, size) and kept.
+class Planta {
+public:
+    using Carga = std::function<long(CQZArmazemSQL& armazem, int64_t n)>;
+
+    Planta(bool arquivo, int64_t n, const Carga& carga) : m_empresa("BENCH" + std::to_string(s_proxima++)) {
+        m_caminho = arquivo ? "/tmp/pxlreg_bench_" + std::to_string(getpid()) + "_" + m_empresa.str() + ".db"
+                            : ":memory:";
+        Remove();
+        m_fabrica = std::make_shared<CQZFabricaArmazemSQL>(m_caminho, QZ_ABRE_OU_CRIA);
+        CQZDadosGT_Erro erro;
+        m_armazem = m_fabrica->AbreArmazem(erro);
+        if (!m_armazem) throw std::runtime_error("store did not open");
+        if (m_armazem->EmTransacao("Carga", [&] { return carga(*m_armazem, n); }) != 0)
+            throw std::runtime_error("load failed: " + QZParaUtf8(m_armazem->GetErro().GetMensagem()));
+        CQZServicosEmpresa s;
+        s.pFabrica = m_fabrica;
+        CQZRegistroServicos::Registra(m_empresa, s);
+    }
+    ~Planta() {
+        CQZRegistroServicos::Remove(m_empresa);
+        m_armazem.reset();
+        m_fabrica.reset();
+        Remove();
+    }
+    CQZArmazemSQL& Armazem() { return *m_armazem; }
+    // What a plain SQLite connection opens to reach the same database.
+    const std::string& CaminhoSQLite() const { return m_fabrica->CaminhoConexoes(); }
+    template <class H>
+    void Inicializa(H& handler) {
+        if (handler.Inicializa(m_empresa, 1, 1) < 0) throw std::runtime_error("handler did not initialise");
+    }
+
+    // The plant of a kind (a name), store and size, loaded on first use.
+    static Planta& De(const std::string& tipo, bool arquivo, int64_t n, const Carga& carga) {
+        using Plantas = std::map<std::tuple<std::string, bool, int64_t>, std::unique_ptr<Planta>>;
+        static Plantas* plantas = new Plantas;
+        auto& p = (*plantas)[{tipo, arquivo, n}];
+        if (!p) {
+            p = std::make_unique<Planta>(arquivo, n, carga);
+            // Released at exit before the service registry the plants are in.
+            [[maybe_unused]] static const bool liberacao = (std::atexit([] { plantas->clear(); }), true);
+        }
+        return *p;
+    }
+
+private:
+    void Remove() {
+        if (m_caminho == ":memory:") return;
+        for (const char* sufixo : {"", "-wal", "-shm"}) std::remove((m_caminho + sufixo).c_str());
+    }
+    static inline int s_proxima = 0;
+    CString m_empresa;
+    std::string m_caminho;
+    std::shared_ptr<CQZFabricaArmazemSQL> m_fabrica;
+    std::unique_ptr<CQZArmazemSQL> m_armazem;
+};
+
+// The data reads of one validation: every statement the connection ran,
+// but the bookkeeping of its transaction (the snapshot and data_version).
+class Gravador : public qzsql::IObservadorComandos {
+public:
+    struct Comando {
+        std::string sql;
+        std::vector<Valor> valores;
+    };
+    void AoExecutar(std::string_view sql, const std::vector<Valor>& valores) override {
+        if (sql.rfind("PRAGMA", 0) == 0 || sql.rfind("SELECT 1 FROM sqlite_master", 0) == 0) return;
+        comandos.push_back({std::string(sql), valores});
+    }
+    std::vector<Comando> comandos;
+};
+
+// The recorded reads, run directly: statements prepared once and reused,
+// every column of every row read, in one read transaction per run.
+class Replay {
+public:
+    Replay(const std::string& caminho, const std::vector<Gravador::Comando>& comandos) {
+        if (sqlite3_open_v2(caminho.c_str(), &m_db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX,
+                            nullptr) != SQLITE_OK)
+            throw std::runtime_error("raw connection did not open");
+        m_inicio = Prepara("BEGIN");
+        m_fim = Prepara("COMMIT");
+        for (const auto& c : comandos) m_comandos.push_back({Prepara(c.sql), c.valores});
+    }
+    ~Replay() {
+        for (auto& c : m_comandos) sqlite3_finalize(c.st);
+        sqlite3_finalize(m_inicio);
+        sqlite3_finalize(m_fim);
+        sqlite3_close(m_db);
+    }
+    // Runs the reads once; the number of rows read.
+    int64_t Roda() {
+        Passo(m_inicio);
+        int64_t linhas = 0;
+        for (auto& c : m_comandos) {
+            for (const auto& v : c.valores) {
+                if (v.texto)
+                    sqlite3_bind_text(c.st, v.indice, v.utf8.data(), static_cast<int>(v.utf8.size()), SQLITE_STATIC);
+                else
+                    sqlite3_bind_int64(c.st, v.indice, v.inteiro);
+            }
+            while (sqlite3_step(c.st) == SQLITE_ROW) {
+                ++linhas;
+                const int n = sqlite3_column_count(c.st);
+                for (int i = 0; i < n; ++i) {
+                    if (sqlite3_column_type(c.st, i) == SQLITE_TEXT)
+                        benchmark::DoNotOptimize(sqlite3_column_text(c.st, i));
+                    else
+                        benchmark::DoNotOptimize(sqlite3_column_int64(c.st, i));
+                }
+            }
+            sqlite3_reset(c.st);
+        }
+        Passo(m_fim);
+        return linhas;
+    }
+
+private:
+    struct Preparado {
+        sqlite3_stmt* st;
+        std::vector<qzsql::IObservadorComandos::Valor> valores;
+    };
+    sqlite3_stmt* Prepara(const std::string& sql) {
+        sqlite3_stmt* st = nullptr;
+        if (sqlite3_prepare_v3(m_db, sql.c_str(), -1, SQLITE_PREPARE_PERSISTENT, &st, nullptr) != SQLITE_OK)
+            throw std::runtime_error("raw prepare failed: " + sql);
+        return st;
+    }
+    static void Passo(sqlite3_stmt* st) {
+        sqlite3_step(st);
+        sqlite3_reset(st);
+    }
+    sqlite3* m_db = nullptr;
+    sqlite3_stmt* m_inicio = nullptr;
+    sqlite3_stmt* m_fim = nullptr;
+    std::vector<Preparado> m_comandos;
+};
+
+// One validation workload, measured twice side by side in the same run:
+// the handler's save check ("valida") and its reads replayed ("leituras").
+// The verdict is checked once first: a wrong answer is an error, not a number.
+template <class H, class R>
+void Valida(benchmark::State& state, Planta& planta, const R& registro, long esperado, bool soLeituras) {
+    H handler;
+    planta.Inicializa(handler);
+    R copia = registro;
+    Gravador gravador;
+    auto* conexao = dynamic_cast<CQZArmazemSQL*>(handler.GetConexao());
+    // A first check warms the connection (tables checked, statements
+    // prepared); the second is the one recorded.
+    (void)handler.TrataGravacao(&copia, nullptr);
+    copia = registro;
+    conexao->DefineObservadorComandos(&gravador);
+    const int ok = handler.TrataGravacao(&copia, nullptr);
+    conexao->DefineObservadorComandos(nullptr);
+    if ((esperado == 1) != (ok == 1) || (!ok && handler.GetMensagemNumero() != esperado)) {
+        state.SkipWithError(("wrong verdict: message " + std::to_string(handler.GetMensagemNumero()) + " " +
+                             QZParaUtf8(handler.GetMensagem()))
+                                .c_str());
+        return;
+    }
+    state.counters["leituras"] = static_cast<double>(gravador.comandos.size());
+    if (soLeituras) {
+        Replay replay(planta.CaminhoSQLite(), gravador.comandos);
+        for (auto _ : state) benchmark::DoNotOptimize(replay.Roda());
+    } else {
+        for (auto _ : state) {
+            copia = registro;
+            benchmark::DoNotOptimize(handler.TrataGravacao(&copia, nullptr));
+        }
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+
+}  // namespace pxbench
+
+namespace pxbench {
+
+// Registers a workload twice for each store (memory, file) and size, the
+// validation and its replayed reads one after the other, so that each pair
+// is measured side by side. Names: "<nome>/valida/arquivo:A/n:N" and
+// "<nome>/leituras/arquivo:A/n:N".
+using Carga = void (*)(benchmark::State&, bool soLeituras);
+inline bool Registra(const char* nome, Carga fn, std::vector<int64_t> tamanhos) {
+    for (int64_t arquivo : {0, 1})
+        for (int64_t n : tamanhos)
+            for (bool leituras : {false, true}) {
+                const std::string completo = std::string(nome) + (leituras ? "/leituras" : "/valida");
+                benchmark::RegisterBenchmark(completo.c_str(), [fn, leituras](benchmark::State& st) { fn(st, leituras); })
+                    ->ArgNames({"arquivo", "n"})
+                    ->Args({arquivo, n})
+                    ->Unit(benchmark::kMicrosecond);
+            }
+    return true;
+}
+
+}  // namespace pxbench
+
+// Sizes of the plants: 1k and 100k by default; PXLREG_BENCH_MILHAO=1 adds 1M.
+#define PX_BANCADA(nome, fn)                                                                 \
+    [[maybe_unused]] static const bool kRegistrado_##fn = pxbench::Registra(                 \
+        nome, fn,                                                                            \
+        std::getenv("PXLREG_BENCH_MILHAO") ? std::vector<int64_t>{1000, 100000, 1000000}     \
+                                           : std::vector<int64_t>{1000, 100000})
