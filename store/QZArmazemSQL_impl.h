@@ -5,15 +5,25 @@
 
 // Walks the list members of a record, in declaration order, reading each
 // from its child table.
+// A list the read leaves out (leLista false) stays empty.
 struct CQZArmazemSQL::VisitanteLeListas {
     CQZArmazemSQL& a;
     const qzsql::Tabela& t;
     int64_t chave;
+    bool (*leLista)(uint64_t, const char*) = nullptr;
+    uint64_t flags = QZ_LER_TUDO;
     size_t k = 0;
     template <class T>
     void Campo(const char*, T&, unsigned) {}
     template <class E>
-    void Lista(const char*, std::vector<E>& l) { a.LeFilhas(t.filhas[k++], chave, l); }
+    void Lista(const char* nome, std::vector<E>& l) {
+        const qzsql::Tabela& filha = t.filhas[k++];
+        if (leLista && !leLista(flags, nome)) {
+            l.clear();
+            return;
+        }
+        a.LeFilhas(filha, chave, l);
+    }
 };
 
 // Writes the list members of a record into their child tables.
@@ -132,7 +142,7 @@ void CQZArmazemSQL::LeFilhas(const qzsql::Tabela& t, int64_t pai, std::vector<E>
 }
 
 template <class R>
-bool CQZArmazemSQL::LeLinha(const qzsql::Tabela& t, int64_t chave, R& reg) {
+bool CQZArmazemSQL::LeLinha(const qzsql::Tabela& t, int64_t chave, R& reg, uint64_t flags) {
     std::vector<CQZValor> valores;
     {
         qzsql::CQZComando c(m_banco, t.sqlSeleciona);
@@ -146,7 +156,7 @@ bool CQZArmazemSQL::LeLinha(const qzsql::Tabela& t, int64_t chave, R& reg) {
     qzsql::VisitantePreenche p{valores};
     lido.VisitaCampos(p);
     DefineChave(lido, chave);
-    VisitanteLeListas vl{*this, t, chave};
+    VisitanteLeListas vl{*this, t, chave, &QZLeituraListas<R>::LeLista, flags};
     lido.VisitaCampos(vl);
     reg = std::move(lido);
     return true;
@@ -182,12 +192,12 @@ int64_t CQZArmazemSQL::ChaveDireta(const K& chave) {
 }
 
 template <class R, class K>
-long CQZArmazemSQL::LeGenerico(const K& chave, R* pDados, bool vazioSeAusente) {
+long CQZArmazemSQL::LeGenerico(const K& chave, R* pDados, bool vazioSeAusente, uint64_t flags) {
     GarantaTabela<R>();
     const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
     const int64_t valor = ChaveDireta(chave);
     R lido;
-    if (!LeLinha(t, valor, lido)) {
+    if (!LeLinha(t, valor, lido, flags)) {
         if (vazioSeAusente) {
             *pDados = R();
             return 0;
