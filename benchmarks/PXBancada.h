@@ -33,7 +33,8 @@ class Planta {
 public:
     using Carga = std::function<long(CQZArmazemSQL& armazem, int64_t n)>;
 
-    Planta(bool arquivo, int64_t n, const Carga& carga) : m_empresa("BENCH" + std::to_string(s_proxima++)) {
+    Planta(bool arquivo, int64_t n, const Carga& carga, const IQZRelogio* relogio = nullptr)
+        : m_empresa("BENCH" + std::to_string(s_proxima++)) {
         m_caminho = arquivo ? "/tmp/pxlreg_bench_" + std::to_string(getpid()) + "_" + m_empresa.str() + ".db"
                             : ":memory:";
         Remove();
@@ -45,6 +46,7 @@ public:
             throw std::runtime_error("load failed: " + QZParaUtf8(m_armazem->GetErro().GetMensagem()));
         CQZServicosEmpresa s;
         s.pFabrica = m_fabrica;
+        s.pRelogio = relogio;
         CQZRegistroServicos::Registra(m_empresa, s);
     }
     ~Planta() {
@@ -62,12 +64,13 @@ public:
     }
 
     // The plant of a kind (a name), store and size, loaded on first use.
-    static Planta& De(const std::string& tipo, bool arquivo, int64_t n, const Carga& carga) {
+    static Planta& De(const std::string& tipo, bool arquivo, int64_t n, const Carga& carga,
+                      const IQZRelogio* relogio = nullptr) {
         using Plantas = std::map<std::tuple<std::string, bool, int64_t>, std::unique_ptr<Planta>>;
         static Plantas* plantas = new Plantas;
         auto& p = (*plantas)[{tipo, arquivo, n}];
         if (!p) {
-            p = std::make_unique<Planta>(arquivo, n, carga);
+            p = std::make_unique<Planta>(arquivo, n, carga, relogio);
             // Released at exit before the service registry the plants are in.
             [[maybe_unused]] static const bool liberacao = (std::atexit([] { plantas->clear(); }), true);
         }

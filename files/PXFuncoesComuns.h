@@ -5,24 +5,9 @@
 #include <cstdint>
 
 #include "platform/CString.h"
+#include "platform/records/PXManutencao.h"
 
-// Read flags of a maintenance order: which parts are loaded besides the
-// header. Each list has two bits; either reads the list, the upper one also
-// its complement (remarks, for time entries).
-enum : uint16_t {
-    PX_LER_MANUTENCAO_COMPLEMENTO = 0x0001,
-    PX_LER_MANUTENCAO_DESCRICAO = 0x0002,
-    PX_LER_MANUTENCAO_TAREFA = 0x0004,
-    PX_LER_MANUTENCAO_MATERIAL = 0x0008,
-    PX_LER_MANUTENCAO_MATERIAL_COMPLEMENTO = 0x0010,
-    PX_LER_MANUTENCAO_EQUIPAMENTO = 0x0020,
-    PX_LER_MANUTENCAO_EQUIPAMENTO_COMPLEMENTO = 0x0040,
-    PX_LER_MANUTENCAO_SERVICO = 0x0080,
-    PX_LER_MANUTENCAO_SERVICO_COMPLEMENTO = 0x0100,
-    PX_LER_MANUTENCAO_APONTAMENTO = 0x0200,
-    PX_LER_MANUTENCAO_APONTAMENTO_OBSERVACAO = 0x0400,
-};
-
+// The read flags they test (PX_LER_MANUTENCAO_*) belong to the order record.
 class CPXFuncoesComuns {
 public:
     CPXFuncoesComuns() = default;

@@ -4,6 +4,7 @@
 #include "platform/records/Registros.h"
 #include "rules/PXTrataDadosCamposPersonalizados.h"
 #include "rules/PXTrataDadosDisciplina.h"
+#include "rules/PXTrataDadosManutencao.h"
 #include "rules/PXTrataDadosMestre.h"
 #include "rules/PXTrataDadosPlano.h"
 #include "rules/PXTrataDadosPrioridade.h"
@@ -45,6 +46,9 @@ std::vector<std::unique_ptr<IPXTipoHost>> MontaTipos() {
     Tipo<CQZDadosGT_ProdutoEx>(t);
     Tipo<CQZDadosGT_Servico>(t);
     Tipo<CQZDadosGT_Recurso>(t);
+    Tipo<CQZDadosGT_Requisitante>(t);
+    Tipo<CQZDadosGT_TipoPeriodo>(t);
+    Tipo<CQZDadosBDD_Registro>(t);
     // The module's registers, with their handlers and integrity checks.
     Tipo<CQZDadosPX_Mestre>(t).Com<CPXTrataDadosMestre>();
     Tipo<CQZDadosPX_Prioridade>(t).Com<CPXTrataDadosPrioridade>();
@@ -57,7 +61,8 @@ std::vector<std::unique_ptr<IPXTipoHost>> MontaTipos() {
     Tipo<CQZDadosPX_Tarefa>(t).Com<CPXTrataDadosTarefa>();
     Tipo<CQZDadosPX_Plano>(t).Com<CPXTrataDadosPlano>().ComIntegridade(PXRegraIntegridade(Controle::PLANO));
     // Movements.
-    Tipo<CQZDadosPX_Manutencao>(t);
+    Tipo<CQZDadosPX_Manutencao>(t).Com<CPXTrataDadosManutencao>().ComMesDaChave(
+        [](const CQZDadosPX_Manutencao& m) { return REG_QZMA(m.GetDataHoraEmissao().GetData()); });
     Tipo<CQZDadosPX_LancamentoGastos>(t);
     return t;
 }

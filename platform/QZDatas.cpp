@@ -1,5 +1,7 @@
 #include "platform/QZDatas.h"
 
+#include <cstdint>
+
 namespace {
 
 // Days from 1 January 0001 (day 0) in the proleptic Gregorian calendar.
@@ -66,6 +68,35 @@ CString REG_QZDMA::Formata(TIPO_DATA_DMA tipo) const {
         case TIPO_DATA_DMA_DDMMAAAA:
         default: return CString::Formatado("%02d/%02d/%04d", d, m, a);
     }
+}
+
+REG_QZDMA REG_QZDMA::SomaDias(int64_t dias) const {
+    if (!EhValida()) return *this;
+    // Beyond the calendar's span whatever the start (and clear of overflow).
+    if (dias > kMaximo || dias < -static_cast<int64_t>(kMaximo)) return REG_QZDMA();
+    const int64_t valor = static_cast<int64_t>(ulValor) + dias;
+    return valor >= kMinimo && valor <= kMaximo ? REG_QZDMA(static_cast<uint32_t>(valor)) : REG_QZDMA();
+}
+
+REG_QZDMA REG_QZDMA::SomaMeses(int64_t meses) const {
+    if (!EhValida()) return *this;
+    constexpr int64_t kMesesCalendario = 2870 * 12;
+    if (meses > kMesesCalendario || meses < -kMesesCalendario) return REG_QZDMA();
+    int dia, mes, ano;
+    Decompoe(dia, mes, ano);
+    const int64_t indice = static_cast<int64_t>(ano) * 12 + (mes - 1) + meses;
+    const int64_t novoAno = indice >= 0 ? indice / 12 : -1;
+    if (novoAno < 1 || novoAno > 2870) return REG_QZDMA();
+    const int novoMes = static_cast<int>(indice % 12) + 1;
+    // The last day of a shorter month stands for the days it lacks.
+    while (dia > 28 && !DataExiste(dia, novoMes, static_cast<int>(novoAno))) --dia;
+    return REG_QZDMA(dia, novoMes, static_cast<int>(novoAno));
+}
+
+REG_QZDMA REG_QZDMA::SomaAnos(int64_t anos) const {
+    if (!EhValida()) return *this;
+    if (anos > 2870 || anos < -2870) return REG_QZDMA();
+    return SomaMeses(anos * 12);
 }
 
 REG_QZMA::REG_QZMA(const REG_QZDMA& data) {

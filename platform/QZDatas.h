@@ -49,6 +49,14 @@ struct REG_QZDMA {
     int GetAno() const;
     CString Formata(TIPO_DATA_DMA tipo = TIPO_DATA_DMA_DDMMAAAA) const;
 
+    // Calendar arithmetic on a valid date; an invalid date stays as it is. A
+    // month or year addition that lands past the end of a shorter month takes
+    // that month's last day (31 January + 1 month = 28 or 29 February). A
+    // result outside the calendar (before 0001 or after 2870) is empty.
+    REG_QZDMA SomaDias(int64_t dias) const;
+    REG_QZDMA SomaMeses(int64_t meses) const;
+    REG_QZDMA SomaAnos(int64_t anos) const;
+
     friend auto operator<=>(const REG_QZDMA&, const REG_QZDMA&) = default;
 };
 
@@ -89,6 +97,14 @@ struct REG_QZDMAHMSUTC {
     int GetFusoQuartosHora() const { return static_cast<int8_t>((ullValor >> 38) & 0xFF); }
     uint64_t GetDataHora() const { return ullValor & kMascaraDataHora; }
     bool EhVazio() const { return GetDataHora() == 0; }
+    // A real instant: a valid date and a second of that day.
+    bool EhValido() const { return GetData().EhValida() && GetSegundosDoDia() < 86400; }
+    // Seconds since the calendar's first day in UTC (the local time less its
+    // offset), so values written under different offsets compare as instants.
+    int64_t GetInstanteUtc() const {
+        return static_cast<int64_t>(GetData().ulValor) * 86400 + GetSegundosDoDia() -
+               static_cast<int64_t>(GetFusoQuartosHora()) * 900;
+    }
     // The same instant one second later (for strictly increasing save stamps).
     REG_QZDMAHMSUTC MaisUmSegundo() const;
     CString Formata() const;  // "22/11/2026 14:05:09"

@@ -71,12 +71,32 @@ public:
         m_aplicaIntegridade = std::move(aplica);
         return *this;
     }
+    // Movements: the month a new record is numbered in, taken from the
+    // record when it is first written (its key "YYYY-MM/N" is that month and
+    // the next number in it).
+    TPXTipoRegistro& ComMesDaChave(std::function<REG_QZMA(const R&)> mes) {
+        m_mesDaChave = std::move(mes);
+        return *this;
+    }
 
     const char* Nome() const override { return R::kNomeTipo; }
     bool ChavePorPosicao() const override { return QZTipoChaveDe<R>() == QZ_CHAVE_POSICAO; }
     std::unique_ptr<TQZBaseParaDados> Novo() const override { return std::make_unique<R>(); }
     long Restaura(CQZArmazemSQL& a, TQZBaseParaDados& r) const override { return a.Restaura(Tipado(r)); }
-    long Grava(CQZArmazemSQL& a, TQZBaseParaDados& r) const override { return a.Grava(Tipado(r)); }
+    long Grava(CQZArmazemSQL& a, TQZBaseParaDados& r) const override {
+        R& reg = Tipado(r);
+        if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_DMC) {
+            REG_QZDMC* pChave = QZPonteiroChaveDmc(reg);
+            if (m_mesDaChave && pChave && !pChave->EhValido()) {
+                const REG_QZDMC vazia = *pChave;
+                *pChave = REG_QZDMC(m_mesDaChave(reg), 0);
+                const long hr = a.Grava(reg);
+                if (hr != 0) *pChave = vazia;
+                return hr;
+            }
+        }
+        return a.Grava(reg);
+    }
     long Remove(CQZArmazemSQL& a, const TQZBaseParaDados& r) const override { return a.Remove(Tipado(r)); }
     long Le(CQZArmazemSQL& a, int64_t chave, TQZBaseParaDados& r) const override {
         return a.LeRegistro(chave, Tipado(r));
@@ -103,6 +123,7 @@ private:
     FabricaTratador m_tratador;
     RegraIntegridade m_integridade;
     FiltroIntegridade m_aplicaIntegridade;
+    std::function<REG_QZMA(const R&)> m_mesDaChave;
 };
 
 // The integrity check of a kind of register, run for the record's position

@@ -101,6 +101,7 @@ std::vector<const qzsql::Tabela*> TabelasDeclaradas() {
 #define QZ_OP_CLASSIFICACAO(Nome, Filtro) anota(qzsql::EsquemaDe<Filtro::TipoRegistro>());
 #define QZ_OP_LE_BUFFER(Nome, Registro, Chave, SeAusente) anota(qzsql::EsquemaDe<Registro>());
 #define QZ_OP_LE_BUFFER_UNICO(Nome, Registro) anota(qzsql::EsquemaDe<Registro>());
+#define QZ_OP_ITEM_LISTA(Nome, Registro, Chave, Lista, Elemento, Item, Campo) anota(qzsql::EsquemaDe<Registro>());
 #include "platform/acesso/QZMacrosOperacoes.h"
 #include "platform/acesso/Manutencao.def"
 #include "platform/acesso/ManutencaoBuffer.def"
@@ -572,9 +573,10 @@ std::vector<std::string> CQZArmazemSQL::VarredurasCompletas(const std::vector<st
 
 // ---- contract operations ----------------------------------------------------
 
-#define QZ_OP_LE(Nome, Registro, Chave, Flags, SeAusente)                               \
-    long CQZArmazemSQL::Le##Nome(Chave chave, Registro* pDados, Flags) {                 \
-        return Despacha("Le" #Nome, [&] { return LeGenerico(chave, pDados, SeAusente); }); \
+#define QZ_OP_LE(Nome, Registro, Chave, Flags, SeAusente)                                        \
+    long CQZArmazemSQL::Le##Nome(Chave chave, Registro* pDados, Flags flags) {                    \
+        return Despacha("Le" #Nome,                                                               \
+                        [&] { return LeGenerico(chave, pDados, SeAusente, static_cast<uint64_t>(flags)); }); \
     }
 #define QZ_OP_LE_UNICO(Nome, Registro, Flags)                                       \
     long CQZArmazemSQL::Le##Nome(Registro* pDados, Flags) {                         \
@@ -608,6 +610,22 @@ std::vector<std::string> CQZArmazemSQL::VarredurasCompletas(const std::vector<st
 #define QZ_OP_LE_BUFFER_UNICO(Nome, Registro)                                                      \
     long CQZArmazemSQL::LeBuffer##Nome(Registro* pDados, uint64_t) {                               \
         return Despacha("LeBuffer" #Nome, [&] { return LeBufferGenerico(1, pDados, true); });      \
+    }
+#define QZ_OP_ITEM_LISTA(Nome, Registro, Chave, Lista, Elemento, Item, Campo)                            \
+    long CQZArmazemSQL::Buscar##Nome(Chave chave, Item item, Elemento* pDados) {                          \
+        return Despacha("Buscar" #Nome, [&]() -> long {                                                 \
+            Registro dono;                                                                              \
+            if (long hr = LeGenerico(chave, &dono, false)) return hr;                                  \
+            for (const Elemento& e : dono.GetLista##Lista())                                            \
+                if (e.Get##Campo() == item) {                                                           \
+                    *pDados = e;                                                                        \
+                    return 0;                                                                           \
+                }                                                                                       \
+            throw qzsql::Falha{QZ_E_REGISTRO_NAO_ENCONTRADO, 2,                                         \
+                               std::string(Registro::kNomeTipo) + " na chave " +                         \
+                                   std::to_string(ChaveDireta(chave)) + " não tem " #Lista " com " #Campo \
+                                   " " + std::to_string(item) + "."};                                    \
+        });                                                                                             \
     }
 #include "platform/acesso/QZMacrosOperacoes.h"
 #include "platform/acesso/Manutencao.def"

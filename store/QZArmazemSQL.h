@@ -261,6 +261,8 @@ public:
     [[nodiscard]] long LeBuffer##Nome(Chave chave, Registro* pDados, uint64_t flags = 0) override;
 #define QZ_OP_LE_BUFFER_UNICO(Nome, Registro) \
     [[nodiscard]] long LeBuffer##Nome(Registro* pDados, uint64_t flags = 0) override;
+#define QZ_OP_ITEM_LISTA(Nome, Registro, Chave, Lista, Elemento, Item, Campo) \
+    [[nodiscard]] long Buscar##Nome(Chave chave, Item item, Elemento* pDados) override;
 #include "platform/acesso/QZMacrosOperacoes.h"
 #include "platform/acesso/Manutencao.def"
 #include "platform/acesso/ManutencaoBuffer.def"
@@ -372,8 +374,9 @@ private:
 
     template <class R>
     void GarantaTabela();
+    // A row and its lists; `flags` choose the lists (QZLeituraListas<R>).
     template <class R>
-    bool LeLinha(const qzsql::Tabela& t, int64_t chave, R& reg);
+    bool LeLinha(const qzsql::Tabela& t, int64_t chave, R& reg, uint64_t flags = QZ_LER_TUDO);
     template <class R>
     bool Existe(const qzsql::Tabela& t, int64_t chave);
     template <class E>
@@ -392,7 +395,7 @@ private:
     template <class R>
     static void DefineChave(R& reg, int64_t chave);
     template <class R, class K>
-    long LeGenerico(const K& chave, R* pDados, bool vazioSeAusente);
+    long LeGenerico(const K& chave, R* pDados, bool vazioSeAusente, uint64_t flags = QZ_LER_TUDO);
     template <class R, class K>
     long LeBufferGenerico(const K& chave, R* pDados, bool vazioSeAusente);
     template <class K>

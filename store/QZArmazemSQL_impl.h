@@ -5,15 +5,25 @@
 
 // Walks the list members of a record, in declaration order, reading each
 // from its child table.
+// A list the read leaves out (leLista false) stays empty.
 struct CQZArmazemSQL::VisitanteLeListas {
     CQZArmazemSQL& a;
     const qzsql::Tabela& t;
     int64_t chave;
+    bool (*leLista)(uint64_t, const char*) = nullptr;
+    uint64_t flags = QZ_LER_TUDO;
     size_t k = 0;
     template <class T>
     void Campo(const char*, T&, unsigned) {}
     template <class E>
-    void Lista(const char*, std::vector<E>& l) { a.LeFilhas(t.filhas[k++], chave, l); }
+    void Lista(const char* nome, std::vector<E>& l) {
+        const qzsql::Tabela& filha = t.filhas[k++];
+        if (leLista && !leLista(flags, nome)) {
+            l.clear();
+            return;
+        }
+        a.LeFilhas(filha, chave, l);
+    }
 };
 
 // Reads the columns of a row straight into a record's fields, from column
@@ -162,7 +172,7 @@ void CQZArmazemSQL::LeFilhas(const qzsql::Tabela& t, int64_t pai, std::vector<E>
 }
 
 template <class R>
-bool CQZArmazemSQL::LeLinha(const qzsql::Tabela& t, int64_t chave, R& reg) {
+bool CQZArmazemSQL::LeLinha(const qzsql::Tabela& t, int64_t chave, R& reg, uint64_t flags) {
     {
         qzsql::CQZComando c(m_banco, t.seleciona);
         c.Liga(1, chave);
@@ -171,7 +181,7 @@ bool CQZArmazemSQL::LeLinha(const qzsql::Tabela& t, int64_t chave, R& reg) {
         reg.VisitaCampos(colunas);
     }
     DefineChave(reg, chave);
-    VisitanteLeListas vl{*this, t, chave};
+    VisitanteLeListas vl{*this, t, chave, &QZLeituraListas<R>::LeLista, flags};
     reg.VisitaCampos(vl);
     return true;
 }
@@ -213,12 +223,12 @@ int64_t CQZArmazemSQL::ChaveDireta(const K& chave) {
 }
 
 template <class R, class K>
-long CQZArmazemSQL::LeGenerico(const K& chave, R* pDados, bool vazioSeAusente) {
+long CQZArmazemSQL::LeGenerico(const K& chave, R* pDados, bool vazioSeAusente, uint64_t flags) {
     GarantaTabela<R>();
     const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
     const int64_t valor = ChaveDireta(chave);
     // Read straight into the caller's record: a failed read leaves it unspecified.
-    if (!LeLinha(t, valor, *pDados)) {
+    if (!LeLinha(t, valor, *pDados, flags)) {
         if (vazioSeAusente) {
             *pDados = R();
             return 0;

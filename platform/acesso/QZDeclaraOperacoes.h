@@ -12,3 +12,5 @@
     [[nodiscard]] virtual long LeBuffer##Nome(Chave chave, Registro* pDados, uint64_t flags = 0) = 0;
 #define QZ_OP_LE_BUFFER_UNICO(Nome, Registro) \
     [[nodiscard]] virtual long LeBuffer##Nome(Registro* pDados, uint64_t flags = 0) = 0;
+#define QZ_OP_ITEM_LISTA(Nome, Registro, Chave, Lista, Elemento, Item, Campo) \
+    [[nodiscard]] virtual long Buscar##Nome(Chave chave, Item item, Elemento* pDados) = 0;

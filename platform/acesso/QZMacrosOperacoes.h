@@ -18,3 +18,6 @@
 #ifndef QZ_OP_LE_BUFFER_UNICO
 #define QZ_OP_LE_BUFFER_UNICO(Nome, Registro)
 #endif
+#ifndef QZ_OP_ITEM_LISTA
+#define QZ_OP_ITEM_LISTA(Nome, Registro, Chave, Lista, Elemento, Item, Campo)
+#endif

@@ -6,10 +6,14 @@
 
 #include "platform/records/PXCriterios.h"
 
-// The link of a maintenance plan to a resource.
+// The link of a maintenance plan to a resource, with when the resource is
+// next due under it: a date, and the counter cycles left (negative when the
+// counter has run past the due point).
 #define CAMPOS_GT_RECURSO_PLANO_MANUTENCAO(CAMPO, LISTA) \
     CAMPO(uint32_t, PonteiroPlanoManutencao, QZ_IDX)     \
-    CAMPO(uint8_t, Inativo, 0)
+    CAMPO(uint8_t, Inativo, 0)                           \
+    CAMPO(REG_QZDMA, DataProximaManutencao, 0)           \
+    CAMPO(CQZMoeda, CiclosContadorProximaManutencao, 0)
 
 class CQZDadosGT_RecursoPlanoManutencao : public TQZBaseParaDados {
     QZ_REGISTRO(CQZDadosGT_RecursoPlanoManutencao, CAMPOS_GT_RECURSO_PLANO_MANUTENCAO)
@@ -17,17 +21,44 @@ public:
     QZModulo OnGetModulo() const override { return QZ_MODULO_GT; }
 };
 
+// A warranty the resource holds: the task an order did on it, until when
+// the work is under warranty, and that order.
+#define CAMPOS_GT_RECURSO_GARANTIA(CAMPO, LISTA) \
+    CAMPO(uint32_t, PonteiroTarefa, 0)           \
+    CAMPO(REG_QZDMA, DmaGarantia, 0)             \
+    CAMPO(REG_QZDMC, DmcManutencao, 0)
+
+class CQZDadosGT_RecursoGarantia : public TQZBaseParaDados {
+    QZ_REGISTRO(CQZDadosGT_RecursoGarantia, CAMPOS_GT_RECURSO_GARANTIA)
+public:
+    QZModulo OnGetModulo() const override { return QZ_MODULO_GT; }
+};
+
+// Tipo: the kind of resource; kind 2 (equipment: machines, vehicles, tools)
+// is the one maintenance orders are opened for. The counter (hour meter,
+// odometer) has a unit of measure, a product unit ('P') or a service unit,
+// and a number of digits before it turns over.
 #define CAMPOS_GT_RECURSO(CAMPO, LISTA)                   \
     CAMPO(CString, Codigo, 0)                             \
     CAMPO(CString, Descricao, 0)                          \
     CAMPO(uint8_t, TipoClassificacao, QZ_IDX)             \
+    CAMPO(uint8_t, Tipo, 0)                               \
+    CAMPO(uint8_t, Inativo, 0)                            \
+    CAMPO(uint16_t, PonteiroFilial, 0)                    \
+    CAMPO(uint32_t, PonteiroUnidadeMedidaContador, 0)     \
+    CAMPO(uint8_t, UnidadeProdutoServico, 0)              \
+    CAMPO(uint16_t, NumeroDigitosContador, 0)             \
     CAMPO(REG_QZDMAHMSUTC, DmaHmsAtualizacao, QZ_CARIMBO) \
-    LISTA(CQZDadosGT_RecursoPlanoManutencao, PlanoManutencao)
+    LISTA(CQZDadosGT_RecursoPlanoManutencao, PlanoManutencao) \
+    LISTA(CQZDadosGT_RecursoGarantia, RecursoGarantia)
 
 class CQZDadosGT_Recurso : public TQZBaseParaDados {
     QZ_REGISTRO(CQZDadosGT_Recurso, CAMPOS_GT_RECURSO)
 public:
     QZModulo OnGetModulo() const override { return QZ_MODULO_GT; }
+    const CQZDadosGT_RecursoPlanoManutencao& GetPlanoManutencao(int64_t i) const {
+        return GetConstRefPlanoManutencao(i);
+    }
 };
 
 // The classification part of an enterprise filter: SetApenasAnalitico(1)

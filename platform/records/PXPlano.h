@@ -62,7 +62,8 @@ class CQZDadosPX_PlanoTarefa : public TQZBaseParaDados {
 };
 
 // Tipo: 1 recurring, 2 other leaf plans, 0 groups. TipoControle: 0 by
-// period, 1 by counter, 2 both must be due, 3 either.
+// period, 1 by counter, 2 both must be due, 3 either. TempoPrevisto is the
+// planned time of the plan's orders, in hours when TempoPrevistoEmHoras.
 #define CAMPOS_PX_PLANO(CAMPO, LISTA)                  \
     CAMPO(CString, Codigo, QZ_IDX)                     \
     CAMPO(CString, Nome, 0)                            \
@@ -75,6 +76,9 @@ class CQZDadosPX_PlanoTarefa : public TQZBaseParaDados {
     CAMPO(uint16_t, PonteiroTipoPeriodo, 0)            \
     CAMPO(CQZMoeda, ContadorCicloManutencao, 0)        \
     CAMPO(uint8_t, InativarAposRealManut, 0)           \
+    CAMPO(uint8_t, Inativo, 0)                         \
+    CAMPO(CQZMoeda, TempoPrevisto, 0)                  \
+    CAMPO(uint8_t, TempoPrevistoEmHoras, 0)            \
     CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO) \
     LISTA(CQZDadosPX_PlanoAlerta, Alerta)              \
     LISTA(CQZDadosPX_PlanoComponente, Material)        \

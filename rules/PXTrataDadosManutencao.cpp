@@ -1,0 +1,580 @@
+#include "rules/PXTrataDadosManutencao.h"
+
+#include <cstdint>
+#include <set>
+
+#include "files/PXFuncoesComuns.h"
+#include "platform/QZCodigosResultado.h"
+#include "platform/QZDadosPX_Manutencao.h"
+
+using QZDadosPX::Manutencao::SITUACAO_CANCELADA;
+using QZDadosPX::Manutencao::SITUACAO_CONCLUIDA;
+using QZDadosPX::Manutencao::SITUACAO_EM_ANDAMENTO;
+using QZDadosPX::Manutencao::SITUACAO_INICIADA;
+using QZDadosPX::Manutencao::SITUACAO_REPROGRAMADA;
+using QZDadosPX::Manutencao::TIPO_PREVENTIVA;
+
+// Per-kind constants of the line checks. Two asymmetries are the module's
+// own and kept: a material whose product changed is message 118 where the
+// other lists say 119, and equipment lines have no consumed quantity to check
+// (bConsumo false, lCampoConsumo unused).
+struct CPXRegrasComponente {
+    CQZMensagem<0> semProduto;
+    long lCampoProduto;
+    bool bServico;  // checked as a service, else as a product
+    long lCampoQuantidade;
+    CQZMensagem<0> produtoAlterado;
+    bool bConsumo;
+    long lCampoConsumo;
+    CQZMensagem<0> repetido;
+};
+
+namespace {
+
+constexpr long kCampoChave = 84;
+constexpr long kCampoEmissao = 85;
+constexpr long kCampoRecurso = 86;
+constexpr long kCampoTipoManutencao = 87;
+constexpr long kCampoPlano = 88;
+constexpr long kCampoDescricao = 89;
+constexpr long kCampoPrevisaoInicio = 92;
+constexpr long kCampoRequisitante = 94;
+constexpr long kCampoPrioridade = 95;
+constexpr long kCampoDisciplina = 96;
+constexpr long kCampoTecnico = 97;
+constexpr long kCampoInicio = 99;
+constexpr long kCampoNovaProgramacao = 101;
+constexpr long kCampoFim = 103;
+constexpr long kCampoInfPersonalizada = 113;
+constexpr long kCampoApontamentos = 125;
+
+constexpr CPXRegrasComponente kMaterial{PX_MSG(36), 114, false, 115, PX_MSG(118), true, 116, PX_MSG(97)};
+constexpr CPXRegrasComponente kEquipamento{PX_MSG(37), 118, false, 119, PX_MSG(119), false, 0, PX_MSG(172)};
+constexpr CPXRegrasComponente kServico{PX_MSG(38), 121, true, 122, PX_MSG(119), true, 123, PX_MSG(173)};
+
+// What the task masters suggest for each kind of list: the task read with
+// that one component list, the list, and the requisition type of the lines.
+struct CPXSugestaoComponente {
+    uint64_t ullFlagsTarefa;
+    const std::vector<CQZDadosPX_TarefaComponente>& (CQZDadosPX_Tarefa::*lista)() const;
+    uint8_t ucTipoRI;
+};
+const CPXSugestaoComponente* SugestaoDe(_E_PX_MANUTENCOES_COMPONENTES eTipo) {
+    static const CPXSugestaoComponente kSugestoes[] = {
+        {4, &CQZDadosPX_Tarefa::GetListaMaterial, 2},
+        {16, &CQZDadosPX_Tarefa::GetListaEquipamento, 1},
+        {64, &CQZDadosPX_Tarefa::GetListaServico, 2},
+    };
+    return eTipo >= 1 && eTipo <= 3 ? &kSugestoes[eTipo - 1] : nullptr;
+}
+
+constexpr uint8_t kTipoServico = 'S';
+// The resource kind maintenance orders are opened for.
+constexpr uint8_t kTipoRecursoEquipamento = 2;
+
+// Trace points of this source.
+constexpr CQZPontoRastro kRastroLeBufferMestre{120};
+constexpr CQZPontoRastro kRastroLeBufferRecurso{131};
+constexpr CQZPontoRastro kRastroBuscarPlanoRecurso{160};
+constexpr CQZPontoRastro kRastroLeBufferSituacao{212};
+constexpr CQZPontoRastro kRastroBuscaTecnicos{244};
+constexpr CQZPontoRastro kRastroLeBufferPlano{270};
+constexpr CQZPontoRastro kRastroVerificaRecurso{283};
+constexpr CQZPontoRastro kRastroLeRequisitante{296};
+constexpr CQZPontoRastro kRastroLeBufferTecnico{309};
+constexpr CQZPontoRastro kRastroLeBufferTarefa{402};
+constexpr CQZPontoRastro kRastroLeBDDConfiguracao{413};
+
+bool Preenchido(const REG_QZDMAHMSUTC& v) { return v.EhValido(); }
+
+bool TrabalhoIniciado(uint8_t ucSituacao) {
+    return ucSituacao == SITUACAO_INICIADA || ucSituacao == SITUACAO_EM_ANDAMENTO || ucSituacao == SITUACAO_CONCLUIDA;
+}
+
+// Whole periods of a quantity: rounded to the nearest, halves away from
+// zero, as the currency type rounds everywhere else (2.5 periods are 3).
+int64_t PeriodosInteiros(const CQZMoeda& quantidade) {
+    const int64_t bruto = quantidade.GetBruto();
+    const int64_t inteiro = bruto / CQZMoeda::kEscala;
+    const int64_t resto = bruto % CQZMoeda::kEscala;
+    if (resto >= CQZMoeda::kEscala / 2) return inteiro + 1;
+    if (resto <= -CQZMoeda::kEscala / 2) return inteiro - 1;
+    return inteiro;
+}
+
+// A saved order is read by its movement key, header only, for the stale
+// check; the checks run on a working copy.
+const CPXGravacao<CQZDadosPX_Manutencao> kGravacao{
+    .le = PXLeGravado<&CQZAcessoManutencao::LeManutencao>,
+    .lCampoAtualizado = kCampoChave,
+    .bCopiaTrabalho = true,
+};
+
+}  // namespace
+
+CPXTrataDadosManutencao::CPXTrataDadosManutencao(bool bInterfaceUsuario)
+    : TPXTrataDadosRegistro(kGravacao, bInterfaceUsuario) {}
+
+bool CPXTrataDadosManutencao::ServicosAusentes() {
+    if (GetAcessoManutencao() && GetAcessoGestavo()) return false;
+    SetAvisoPersonalizado(PX_MSG(161), 0);
+    return true;
+}
+
+// ---- the save validation -----------------------------------------------------
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::ConsistirManutencao(CQZDadosPX_Manutencao* pDados) {
+    return Protegido([&]() -> CQZDadosGT_Erro& {
+        LimpaErro();
+        if (ServicosAusentes()) return *this;
+        return PassosManutencao(*pDados);
+    });
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::PassosManutencao(CQZDadosPX_Manutencao& dados) {
+    const bool bNova = !dados.GetDmc().EhValido();
+    CQZAcessoManutencaoBuffer& manutencao = *GetAcessoManutencao();
+    CQZAcessoGestavoBuffer& gestavo = *GetAcessoGestavo();
+    long hr;
+
+    CQZDadosPX_Mestre mestre;
+    if (QZ_CHAMA_RASTREADO(hr, kRastroLeBufferMestre, GetAcessoManutencao()->LeBufferMestre(&mestre, 0)))
+        return PassaErroServico(manutencao.GetErro());
+
+    if (dados.GetPonteiroRecurso() == 0) return SetAviso(PX_MSG(50), kCampoRecurso);
+    CQZDadosGT_Recurso recurso;
+    if (QZ_CHAMA_RASTREADO(hr, kRastroLeBufferRecurso,
+                           GetAcessoGestavo()->LeBufferRecurso(dados.GetPonteiroRecurso(), &recurso, 1)))
+        return PassaErroServico(gestavo.GetErro());
+    if (bNova && recurso.GetInativo()) return SetAviso(PX_MSG(54), kCampoRecurso);
+    if (recurso.GetTipo() != kTipoRecursoEquipamento) return SetAviso(PX_MSG(51), kCampoRecurso);
+
+    // A saved order keeps the branch and counter it was opened with, even
+    // when the resource has changed them since.
+    if (bNova) {
+        dados.SetContadorPonteiroUnMedida(recurso.GetPonteiroUnidadeMedidaContador());
+        dados.SetPonteiroFilial(recurso.GetPonteiroFilial());
+        dados.SetContadorNumeroDigitos(recurso.GetNumeroDigitosContador());
+        dados.SetContadorProdutoServico(recurso.GetUnidadeProdutoServico());
+    }
+
+    if (VerificaTipoManutencao(dados.GetTipoManutencao()).GetTipoErro() != 0) return *this;
+
+    if (dados.GetTipoManutencao() == TIPO_PREVENTIVA) {
+        if (dados.GetPonteiroPlano() == 0) return SetAviso(PX_MSG(53), kCampoPlano);
+        CQZDadosPX_Plano plano;
+        if (VerificaPlano(dados.GetPonteiroPlano(), &plano, bNova).GetTipoErro() != 0) return *this;
+        CQZDadosGT_RecursoPlanoManutencao vinculo;
+        if (QZ_CHAMA_RASTREADO(hr, kRastroBuscarPlanoRecurso,
+                               GetAcessoGestavo()->BuscarDadosPlanoManutencaoRecurso(
+                                   dados.GetPonteiroRecurso(), dados.GetPonteiroPlano(), &vinculo)))
+            return PassaErroServico(gestavo.GetErro());
+        if (bNova && vinculo.GetInativo()) return SetAviso(PX_MSG(25), kCampoPlano);
+        if (dados.GetPonteiroDisciplina() == 0) return SetAviso(PX_MSG(19), kCampoDisciplina);
+        // A new plan-driven order is the plan's: its name over whatever was
+        // typed, and its planned time.
+        if (bNova) {
+            dados.SetTempoPrevisto(plano.GetTempoPrevisto());
+            dados.SetDescricao(plano.GetNome());
+            dados.SetTempoPrevistoEmHoras(plano.GetTempoPrevistoEmHoras());
+        }
+    }
+
+    CString descricao = dados.GetDescricao();
+    dados.SetDescricao(descricao.Trim());
+    if (descricao.IsEmpty()) return SetAviso(PX_MSG(49), kCampoDescricao);
+    if (dados.GetPonteiroRequisitante() == 0) return SetAviso(PX_MSG(27), kCampoRequisitante);
+    if (dados.GetPonteiroPrioridade() == 0) return SetAviso(PX_MSG(177), kCampoPrioridade);
+
+    CQZDadosGT_Requisitante requisitante;
+    if (VerificaRequisitante(dados.GetPonteiroRequisitante(), &requisitante, bNova).GetTipoErro() != 0) return *this;
+    if (bNova && requisitante.GetFilial() != 0 && requisitante.GetFilial() != dados.GetPonteiroFilial())
+        return SetAvisoPersonalizado(PX_MSG(127), kCampoRequisitante, requisitante.GetNome(), recurso.GetDescricao());
+
+    if (ConsistirTecnico(dados, mestre, recurso, bNova).GetTipoErro() != 0) return *this;
+
+    if (dados.GetSituacao() == 0 && dados.GetPonteiroSituacao() != 0) {
+        CQZDadosPX_Situacao situacao;
+        if (QZ_CHAMA_RASTREADO(hr, kRastroLeBufferSituacao,
+                               GetAcessoManutencao()->LeBufferSituacao(dados.GetPonteiroSituacao(), &situacao, 0)))
+            return PassaErroServico(manutencao.GetErro());
+        dados.SetSituacao(situacao.GetSituacaoBase());
+    }
+
+    if (VerificaDatasHoras(dados, mestre, bNova).GetTipoErro() != 0) return *this;
+    if (ConsistirInfoPersonalizadaTarefa(&dados).GetTipoErro() != 0) return *this;
+    if (ConsistirExistenciaKits(dados).GetTipoErro() != 0) return *this;
+    return VerificaApontamentos(dados, mestre);
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::ConsistirTecnico(const CQZDadosPX_Manutencao& dados,
+                                                           const CQZDadosPX_Mestre& mestre,
+                                                           const CQZDadosGT_Recurso& recurso, bool bNova) {
+    if (dados.GetPonteiroTecnico() == 0) {
+        // An order opened from another module's production time entry has no
+        // technician to name.
+        if (!dados.GetOrigemRProducaoApontamento() && mestre.GetObrigarInformarTecnicoManutencao())
+            return SetAviso(PX_MSG(28), kCampoTecnico);
+        return *this;
+    }
+
+    CQZDadosPX_Tecnico tecnico;
+    if (VerificaTecnico(dados.GetPonteiroTecnico(), &tecnico, bNova).GetTipoErro() != 0) return *this;
+    // Unlike the requester's, checked on every save.
+    if (tecnico.GetPonteiroFilial() != 0 && tecnico.GetPonteiroFilial() != dados.GetPonteiroFilial())
+        return SetAvisoPersonalizado(PX_MSG(128), kCampoTecnico, tecnico.GetNome(), recurso.GetDescricao());
+    if (dados.GetPonteiroDisciplina() == 0) return *this;
+
+    CQZDadosPX_FiltroTecnico filtro;
+    filtro.SetValorUnicoDisciplina(dados.GetPonteiroDisciplina()).SetTipoClassificacaoAnalitico(1);
+    CQZArray_deprecated<uint32_t> aPonteiros;
+    long hr;
+    if (QZ_CHAMA_RASTREADO(hr, kRastroBuscaTecnicos, GetAcessoManutencao()->BuscaPonteirosTecnico(filtro, aPonteiros)))
+        return PassaErroServico(GetAcessoManutencao()->GetErro());
+    for (uint32_t ulPonteiro : aPonteiros)
+        if (ulPonteiro == dados.GetPonteiroTecnico()) return *this;
+    return SetAviso(PX_MSG(182), kCampoTecnico);
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::VerificaTipoManutencao(uint8_t ucTipo) {
+    LimpaErro();
+    // A type is known when it has a name.
+    if (CPXFuncoesComuns::GetTipoManutencao(ucTipo).IsEmpty()) return SetAviso(PX_MSG(52), kCampoTipoManutencao);
+    return *this;
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::VerificaPlano(uint32_t ulPlano, CQZDadosPX_Plano* pPlano,
+                                                       bool bVerificaInativo) {
+    LimpaErro();
+    if (ServicosAusentes()) return *this;
+    long hr;
+    if (QZ_CHAMA_RASTREADO(hr, kRastroLeBufferPlano, GetAcessoManutencao()->LeBufferPlano(ulPlano, pPlano, 0)))
+        return PassaErroServico(GetAcessoManutencao()->GetErro());
+    if (bVerificaInativo && pPlano->GetInativo() == 1) return SetAviso(PX_MSG(55), kCampoPlano);
+    return *this;
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::VerificaRecurso(uint32_t ulRecurso, CQZDadosGT_Recurso* pRecurso,
+                                                         bool bVerificaInativo, bool bAceitaInativo) {
+    LimpaErro();
+    if (ServicosAusentes()) return *this;
+    long hr;
+    if (QZ_CHAMA_RASTREADO(hr, kRastroVerificaRecurso, GetAcessoGestavo()->LeBufferRecurso(ulRecurso, pRecurso, 1)))
+        return PassaErroServico(GetAcessoGestavo()->GetErro());
+    if (bVerificaInativo && pRecurso->GetInativo() && !bAceitaInativo) return SetAviso(PX_MSG(54), kCampoRecurso);
+    return *this;
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::VerificaRequisitante(uint32_t ulRequisitante,
+                                                              CQZDadosGT_Requisitante* pRequisitante,
+                                                              bool bVerificaInativo) {
+    LimpaErro();
+    if (ServicosAusentes()) return *this;
+    long hr;
+    if (QZ_CHAMA_RASTREADO(hr, kRastroLeRequisitante,
+                           GetAcessoGestavo()->LeRequisitante(ulRequisitante, pRequisitante, 0)))
+        return PassaErroServico(GetAcessoGestavo()->GetErro());
+    if (bVerificaInativo && pRequisitante->GetInativo() == 1) return SetAviso(PX_MSG(56), kCampoRequisitante);
+    return *this;
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::VerificaTecnico(uint32_t ulTecnico, CQZDadosPX_Tecnico* pTecnico,
+                                                         bool bNova) {
+    LimpaErro();
+    if (ServicosAusentes()) return *this;
+    long hr;
+    // The module's service reads the technician, but the error passed on is
+    // the enterprise service's last one, as the module always has. Behind
+    // one connection both services keep the same error record.
+    if (QZ_CHAMA_RASTREADO(hr, kRastroLeBufferTecnico,
+                           GetAcessoManutencao()->LeBufferTecnico(ulTecnico, pTecnico, 0xFFFF)))
+        return PassaErroServico(GetAcessoGestavo()->GetErro());
+    if (pTecnico->GetInativo() == 1 && !bNova) return SetAviso(PX_MSG(29), kCampoTecnico);
+    return *this;
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::VerificaDatasHoras(const CQZDadosPX_Manutencao& dados,
+                                                            const CQZDadosPX_Mestre&, bool) {
+    LimpaErro();
+    if (ServicosAusentes()) return *this;
+    const REG_QZDMAHMSUTC& emissao = dados.GetDataHoraEmissao();
+    const REG_QZDMAHMSUTC& previsao = dados.GetDmaHmsPrevInicio();
+    const REG_QZDMAHMSUTC& inicio = dados.GetDataHoraInicio();
+    const REG_QZDMAHMSUTC& novaProgramacao = dados.GetDataHoraNovaProgramacao();
+    const REG_QZDMAHMSUTC& fim = dados.GetDataHoraFim();
+    const uint8_t ucSituacao = dados.GetSituacao();
+
+    if (!Preenchido(emissao)) return SetAviso(PX_MSG(134), kCampoEmissao);
+    if (VerificaPeriodoMovimentacao(emissao.GetData(), kCampoEmissao).GetTipoErro() != 0) return *this;
+    // Components move stock, which is booked today.
+    if (dados.GetQuantidadeMaterial() + dados.GetQuantidadeEquipamento() > 0 &&
+        VerificaPeriodoIntegracao(GetRelogio().Agora(), dados.GetPonteiroFilial(), kCampoEmissao).GetTipoErro() != 0)
+        return *this;
+
+    if (Preenchido(previsao) && previsao.GetInstanteUtc() < emissao.GetInstanteUtc())
+        return SetAviso(PX_MSG(135), kCampoPrevisaoInicio);
+    if (!Preenchido(inicio) && TrabalhoIniciado(ucSituacao)) return SetAviso(PX_MSG(136), kCampoInicio);
+
+    if (Preenchido(novaProgramacao)) {
+        if (ucSituacao != SITUACAO_REPROGRAMADA) return SetAviso(PX_MSG(137), kCampoNovaProgramacao);
+        if (novaProgramacao.GetInstanteUtc() <= emissao.GetInstanteUtc())
+            return SetAviso(PX_MSG(138), kCampoNovaProgramacao);
+        if (Preenchido(inicio) && novaProgramacao.GetInstanteUtc() <= inicio.GetInstanteUtc())
+            return SetAviso(PX_MSG(139), kCampoNovaProgramacao);
+        if (VerificaPeriodoMovimentacao(novaProgramacao.GetData(), kCampoEmissao).GetTipoErro() != 0) return *this;
+    } else if (ucSituacao == SITUACAO_REPROGRAMADA) {
+        return SetAviso(PX_MSG(140), kCampoNovaProgramacao);
+    }
+
+    if (ucSituacao == SITUACAO_CONCLUIDA) {
+        if (!Preenchido(fim)) return SetAviso(PX_MSG(141), kCampoFim);
+        if (inicio.GetInstanteUtc() > fim.GetInstanteUtc()) return SetAviso(PX_MSG(143), kCampoFim);
+        if (VerificaPeriodoMovimentacao(fim.GetData(), kCampoEmissao).GetTipoErro() != 0) return *this;
+    } else if (fim.ullValor != 0) {
+        // Any value at all, a date that is not one included.
+        return SetAviso(PX_MSG(142), kCampoFim);
+    }
+    return *this;
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::ConsistirExistenciaKits(const CQZDadosPX_Manutencao& dados) {
+    LimpaErro();
+    if (ServicosAusentes()) return *this;
+    struct Lista {
+        const ListaComponentes& linhas;
+        long lCampo;
+    } listas[] = {{dados.GetListaMaterial(), kMaterial.lCampoProduto},
+                  {dados.GetListaEquipamento(), kEquipamento.lCampoProduto}};
+    for (const Lista& lista : listas)
+        for (size_t i = 0; i < lista.linhas.size(); ++i)
+            if (VerificaProduto(lista.linhas[i].GetProdutoServico()).GetTipoErro() != 0)
+                return SetCodigoCampo(lista.lCampo).SetItem(static_cast<int64_t>(i));
+    return *this;
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::VerificaApontamentos(const CQZDadosPX_Manutencao& dados,
+                                                              const CQZDadosPX_Mestre& mestre) {
+    LimpaErro();
+    const uint8_t ucSituacao = dados.GetSituacao();
+    if (TrabalhoIniciado(ucSituacao)) {
+        if (mestre.GetObrigarApontamentoManutencao() && dados.GetQuantidadeApontamento() == 0)
+            return SetAviso(PX_MSG(70), kCampoApontamentos);
+        return *this;
+    }
+    if (dados.GetQuantidadeApontamento() > 0)
+        return SetAvisoPersonalizado(PX_MSG(155), kCampoApontamentos,
+                                     CPXFuncoesComuns::GetSituacaoManutencao(ucSituacao));
+    return *this;
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::ConsistirInfoPersonalizadaTarefa(CQZDadosPX_Manutencao* pDados) {
+    return Protegido([&]() -> CQZDadosGT_Erro& {
+        LimpaErro();
+        if (ServicosAusentes()) return *this;
+        CQZDadosPX_Manutencao& dados = *pDados;
+        if (dados.GetSituacao() != SITUACAO_CONCLUIDA) return *this;
+
+        for (int64_t i = 0; i < dados.GetQuantidadeTarefa(); ++i) {
+            CQZDadosPX_ManutencaoTarefa& linha = dados.GetRefTarefa(i);
+            CQZDadosPX_Tarefa tarefa;
+            long hr;
+            if (QZ_CHAMA_RASTREADO(hr, kRastroLeBufferTarefa,
+                                   GetAcessoManutencao()->LeBufferTarefa(linha.GetPonteiroTarefa(), &tarefa, 0)))
+                return PassaErroServico(GetAcessoManutencao()->GetErro());
+            if (!tarefa.GetEfetuarApontTarefa() || tarefa.GetPonteiroInfPersonalizada() == 0) {
+                linha.RemoveApontamentoTarefa();
+                continue;
+            }
+            if (!linha.PossuiApontamentoTarefa()) {
+                CQZDadosBDD_Registro configuracao;
+                if (QZ_CHAMA_RASTREADO(hr, kRastroLeBDDConfiguracao,
+                                       GetAcessoGestavo()->LeBDDConfiguracao(
+                                           REG_BDD_KEY_GERADOR(BDD_ATV_PX_APONTAMENTO_TAREFA,
+                                                               tarefa.GetPonteiroInfPersonalizada()),
+                                           &configuracao)))
+                    return PassaErroServico(GetAcessoGestavo()->GetErro());
+                linha.IncluiApontamentoTarefa()
+                    .SetListaCampos(configuracao.GetListaCampos())
+                    .SetTipoAtividade(BDD_ATV_PX_APONTAMENTO_TAREFA);
+            }
+
+            const CQZDadosBDD_Registro& apontamento = *linha.GetApontamentoTarefa();
+            for (int64_t j = 0; j < apontamento.GetQuantidadeCampos(); ++j) {
+                const CQZDadosBDD_Campo& campo = apontamento.GetConstRefCampos(j);
+                if (!campo.GetDescricao().TemValorInformado())
+                    return SetAvisoPersonalizado(QZ_MODULO_PX, kCampoInfPersonalizada,
+                                                 "%dº campo das Configurações da Tarefa %s não possui descrição "
+                                                 "informada.",
+                                                 static_cast<int>(j + 1), tarefa.GetCodigoNome());
+                if (campo.GetCampoObrigatorio() && !campo.GetDesabilitarCampo() && !campo.TemValorInformado())
+                    return SetAvisoPersonalizado(QZ_MODULO_PX, kCampoInfPersonalizada,
+                                                 "Campo \"%s\" das Configurações da Tarefa %s deve ser informado.",
+                                                 campo.GetDescricao().GetValorAsString(), tarefa.GetCodigoNome());
+            }
+        }
+        return *this;
+    });
+}
+
+// ---- component lines -----------------------------------------------------------
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::TrataAdicionarAlterarMaterial(CQZDadosPX_ManutencaoComponente* pLinha,
+                                                                       int64_t index, const ListaComponentes& lista) {
+    return TrataAdicionarAlterarComponente(kMaterial, *pLinha, index, lista);
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::TrataAdicionarAlterarEquipamento(CQZDadosPX_ManutencaoComponente* pLinha,
+                                                                          int64_t index,
+                                                                          const ListaComponentes& lista) {
+    return TrataAdicionarAlterarComponente(kEquipamento, *pLinha, index, lista);
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::TrataAdicionarAlterarServico(CQZDadosPX_ManutencaoComponente* pLinha,
+                                                                      int64_t index, const ListaComponentes& lista) {
+    return TrataAdicionarAlterarComponente(kServico, *pLinha, index, lista);
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::TrataAdicionarAlterarComponente(const CPXRegrasComponente& regras,
+                                                                         const CQZDadosPX_ManutencaoComponente& linha,
+                                                                         int64_t index,
+                                                                         const ListaComponentes& lista) {
+    return Protegido([&]() -> CQZDadosGT_Erro& {
+        LimpaErro();
+        if (ServicosAusentes()) return *this;
+        const int64_t quantidade = static_cast<int64_t>(lista.size());
+        if (index >= quantidade)
+            return SetErro(QZ_E_ARGUMENTO_INVALIDO, QZ_MODULO_PX, 0, "Linha %lld fora da lista de %lld linhas.",
+                           static_cast<long long>(index), static_cast<long long>(quantidade));
+
+        const _REG_POSICAO_PRODUTOPS& posicao = linha.GetProdutoServico();
+        if (posicao.lPonteiroProduto == 0) return SetAviso(regras.semProduto, regras.lCampoProduto);
+        if ((regras.bServico ? VerificaServico(posicao) : VerificaProduto(posicao)).GetTipoErro() != 0)
+            return SetCodigoCampo(regras.lCampoProduto);
+        if (linha.GetQtdRequisitada() <= CQZMoeda()) return SetAviso(PX_MSG(68), regras.lCampoQuantidade);
+
+        if (index >= 0) {
+            const CQZDadosPX_ManutencaoComponente& antiga = lista[static_cast<size_t>(index)];
+            if (antiga.GetProdutoServico() != posicao) return SetAviso(regras.produtoAlterado, regras.lCampoProduto);
+            // The stock has served part of the requisition: what was asked
+            // for is no longer the line's to change.
+            if (antiga.TemRequisicaoInterna() && antiga.GetQtdAtendida() > CQZMoeda() &&
+                antiga.GetQtdRequisitada() != linha.GetQtdRequisitada())
+                return SetAviso(PX_MSG(26), regras.lCampoQuantidade);
+            if (regras.bConsumo && linha.GetQtdConsumida() > linha.GetQtdAtendida())
+                return SetAviso(PX_MSG(95), regras.lCampoConsumo);
+        } else if (regras.bConsumo && !linha.GetQtdConsumida().EhZero()) {
+            return SetAviso(PX_MSG(69), regras.lCampoConsumo);
+        }
+
+        // The same item may come again under another task, or beside a line
+        // whose requisition was already made.
+        for (int64_t i = 0; i < quantidade; ++i) {
+            if (i == index) continue;
+            const CQZDadosPX_ManutencaoComponente& outra = lista[static_cast<size_t>(i)];
+            if (outra.GetProdutoServico() == posicao && outra.GetPonteiroTarefaOrigem() == linha.GetPonteiroTarefaOrigem() &&
+                !outra.TemRequisicaoInterna())
+                return SetAviso(regras.repetido, regras.lCampoProduto);
+        }
+        return *this;
+    });
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::SugerirComponentesConformeTarefas(const CQZDadosPX_Manutencao& dados,
+                                                                           ListaComponentes& lista,
+                                                                           _E_PX_MANUTENCOES_COMPONENTES eTipo) {
+    return Protegido([&]() -> CQZDadosGT_Erro& {
+        LimpaErro();
+        if (ServicosAusentes()) return *this;
+        const CPXSugestaoComponente* pSugestao = SugestaoDe(eTipo);
+        if (!pSugestao)
+            return SetErro(QZ_E_ARGUMENTO_INVALIDO, QZ_MODULO_PX, 0, "Tipo de lista de componentes %d inválido.",
+                           static_cast<int>(eTipo));
+
+        std::set<uint32_t> naManutencao;
+        for (const CQZDadosPX_ManutencaoTarefa& t : dados.GetListaTarefa()) naManutencao.insert(t.GetPonteiroTarefa());
+        // Suggestions of tasks taken off the order go; typed lines stay.
+        std::erase_if(lista, [&](const CQZDadosPX_ManutencaoComponente& linha) {
+            return linha.GetPonteiroTarefaOrigem() != 0 && !naManutencao.count(linha.GetPonteiroTarefaOrigem());
+        });
+
+        // A task with a line of its own already (even after the user deleted
+        // some of its lines) suggests nothing more; a task twice on the
+        // order suggests once.
+        std::set<uint32_t> sugeridas;
+        for (const CQZDadosPX_ManutencaoComponente& linha : lista) sugeridas.insert(linha.GetPonteiroTarefaOrigem());
+        for (const CQZDadosPX_ManutencaoTarefa& t : dados.GetListaTarefa()) {
+            const uint32_t ulTarefa = t.GetPonteiroTarefa();
+            if (sugeridas.count(ulTarefa)) continue;
+            CQZDadosPX_Tarefa tarefa;
+            if (GetAcessoManutencao()->LeBufferTarefa(ulTarefa, &tarefa, pSugestao->ullFlagsTarefa) != 0)
+                return PassaErroServico(GetAcessoManutencao()->GetErro());
+            for (const CQZDadosPX_TarefaComponente& c : (tarefa.*pSugestao->lista)()) {
+                CQZDadosPX_ManutencaoComponente linha;
+                linha.SetPonteiroTarefaOrigem(ulTarefa)
+                    .SetProdutoServico(c.GetPosicaoProdutoServico())
+                    .SetQtdRequisitada(c.GetQuantidade())
+                    .SetComplemento(c.GetComplemento())
+                    .SetTipoProdutoServico(c.GetTipoProdutoServico())
+                    .SetTipoRI(pSugestao->ucTipoRI);
+                lista.push_back(std::move(linha));
+            }
+            sugeridas.insert(ulTarefa);
+        }
+        return *this;
+    });
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::SugerirDataGarantia(uint32_t ulTipoPeriodo, CQZMoeda quantidade,
+                                                             REG_QZDMA& data) {
+    LimpaErro();
+    if (ServicosAusentes()) return *this;
+    CQZDadosGT_TipoPeriodo tipoPeriodo;
+    if (GetAcessoGestavo()->LeBufferTipoPeriodo(ulTipoPeriodo, &tipoPeriodo, 0) != 0)
+        return PassaErroServico(GetAcessoGestavo()->GetErro());
+
+    int64_t unidades = 0;
+    // Past every date of the calendar: the date becomes empty below.
+    if (__builtin_mul_overflow(PeriodosInteiros(quantidade), static_cast<int64_t>(tipoPeriodo.GetIncrementoPeriodo()),
+                               &unidades))
+        unidades = INT64_MAX;
+    // A month or year past the end of a shorter month lands on its last day.
+    switch (tipoPeriodo.GetTipoPeriodo()) {
+        case GT_TIPO_PERIODO_DIAS: data = data.SomaDias(unidades); break;
+        case GT_TIPO_PERIODO_MESES: data = data.SomaMeses(unidades); break;
+        case GT_TIPO_PERIODO_ANOS: data = data.SomaAnos(unidades); break;
+        default: break;
+    }
+    return *this;
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::ConsistirQuantComponentesCancelamento(const ListaComponentes& lista,
+                                                                               int32_t lCampo) {
+    return Protegido([&]() -> CQZDadosGT_Erro& {
+        LimpaErro();
+        if (ServicosAusentes()) return *this;
+        for (size_t i = 0; i < lista.size(); ++i) {
+            const CQZDadosPX_ManutencaoComponente& linha = lista[i];
+            if (linha.GetQtdConsumida().EhZero() && linha.GetQtdAtendida().EhZero()) continue;
+            const _REG_POSICAO_PRODUTOPS& posicao = linha.GetProdutoServico();
+            CString texto;
+            long hr;
+            if (linha.GetTipoProdutoServico() == kTipoServico) {
+                CQZDadosGT_Servico servico;
+                hr = GetAcessoGestavo()->LeBufferServico(posicao.lPonteiroProduto, &servico, 0);
+                texto = CString::Formatado("%s - %s", servico.GetCodigo().GetString(), servico.GetNome().GetString());
+            } else {
+                CQZDadosGT_ProdutoEx produto;
+                hr = GetAcessoGestavo()->LeBufferProdutoEx(posicao, &produto, 0);
+                texto = CString::Formatado("%s - %s", produto.GetCodigoSPED().GetString(),
+                                           produto.GetNomeCompleto().GetString());
+            }
+            if (hr != 0) return PassaErroServico(GetAcessoGestavo()->GetErro(), lCampo).SetItem(static_cast<int64_t>(i));
+            // Message 153 also refuses an order with a closing counter, where
+            // there is no line to name: its text takes the situation and a
+            // line, and that use passes an empty line.
+            return SetAvisoPersonalizado(PX_MSG(153), kCampoChave,
+                                         CPXFuncoesComuns::GetSituacaoManutencao(SITUACAO_CANCELADA), texto);
+        }
+        return *this;
+    });
+}

@@ -1,0 +1,90 @@
+// Rules of maintenance orders: the save validation (on a working copy that
+// reaches the caller only when every check passes), the checks of component
+// lines while the order is edited, the suggestion of components from the
+// order's tasks, warranty dates, and the component check of a cancellation.
+#pragma once
+
+#include <vector>
+
+#include "rules/PXTrataDadosRegistro.h"
+
+// The constants of one kind of component list (materials, equipment,
+// services): PXTrataDadosManutencao.cpp keeps the three as a table.
+struct CPXRegrasComponente;
+
+class CPXTrataDadosManutencao : public TPXTrataDadosRegistro<CQZDadosPX_Manutencao> {
+public:
+    using ListaComponentes = std::vector<CQZDadosPX_ManutencaoComponente>;
+
+    explicit CPXTrataDadosManutencao(bool bInterfaceUsuario = false);
+    ~CPXTrataDadosManutencao() override { Finaliza(); }
+
+    // Every check of an order, in order, stopping at the first failure. It
+    // completes the order it is given (branch and counter data of a new
+    // order, the plan's description and planned time, the base situation,
+    // custom task data of a finished order), also when a later check fails:
+    // the save runs it on a working copy.
+    CQZDadosGT_Erro& ConsistirManutencao(CQZDadosPX_Manutencao* pDados);
+
+    // The single checks of ConsistirManutencao. Each clears this object's
+    // error record first and reads into the record given.
+    CQZDadosGT_Erro& VerificaTipoManutencao(uint8_t ucTipo);
+    CQZDadosGT_Erro& VerificaPlano(uint32_t ulPlano, CQZDadosPX_Plano* pPlano, bool bVerificaInativo);
+    CQZDadosGT_Erro& VerificaRecurso(uint32_t ulRecurso, CQZDadosGT_Recurso* pRecurso, bool bVerificaInativo,
+                                     bool bAceitaInativo);
+    CQZDadosGT_Erro& VerificaRequisitante(uint32_t ulRequisitante, CQZDadosGT_Requisitante* pRequisitante,
+                                          bool bVerificaInativo);
+    // An inactive technician is refused only when bNova is false: a new
+    // order may still name one, a saved order being changed may not.
+    CQZDadosGT_Erro& VerificaTecnico(uint32_t ulTecnico, CQZDadosPX_Tecnico* pTecnico, bool bNova);
+    CQZDadosGT_Erro& VerificaDatasHoras(const CQZDadosPX_Manutencao& dados, const CQZDadosPX_Mestre& mestre,
+                                        bool bNova);
+    // Every material and equipment line names a usable product; a failure
+    // names the list's product field and the line's index.
+    CQZDadosGT_Erro& ConsistirExistenciaKits(const CQZDadosPX_Manutencao& dados);
+    CQZDadosGT_Erro& VerificaApontamentos(const CQZDadosPX_Manutencao& dados, const CQZDadosPX_Mestre& mestre);
+    // A finished order's tasks carry the custom data their task masters ask
+    // for, its descriptions and mandatory values filled in. Lines get empty
+    // custom data from the configuration when they have none, and lose it
+    // when their task asks for none.
+    CQZDadosGT_Erro& ConsistirInfoPersonalizadaTarefa(CQZDadosPX_Manutencao* pDados);
+
+    // Check a line before it is added to (index negative) or changed at
+    // `index` in `lista`, the order's list of that kind. Neither the line nor
+    // the list is changed.
+    CQZDadosGT_Erro& TrataAdicionarAlterarMaterial(CQZDadosPX_ManutencaoComponente* pLinha, int64_t index,
+                                                   const ListaComponentes& lista);
+    CQZDadosGT_Erro& TrataAdicionarAlterarEquipamento(CQZDadosPX_ManutencaoComponente* pLinha, int64_t index,
+                                                      const ListaComponentes& lista);
+    CQZDadosGT_Erro& TrataAdicionarAlterarServico(CQZDadosPX_ManutencaoComponente* pLinha, int64_t index,
+                                                  const ListaComponentes& lista);
+
+    // Brings `lista` (the order's list of kind eTipo) in line with the
+    // order's tasks: lines suggested by tasks no longer on the order go,
+    // typed lines stay, and each task with no line of its own yet adds its
+    // components of that kind. On a failed read the lines added so far stay.
+    CQZDadosGT_Erro& SugerirComponentesConformeTarefas(const CQZDadosPX_Manutencao& dados, ListaComponentes& lista,
+                                                       _E_PX_MANUTENCOES_COMPONENTES eTipo);
+    // Moves `data` ahead by `quantidade` periods of the period type.
+    CQZDadosGT_Erro& SugerirDataGarantia(uint32_t ulTipoPeriodo, CQZMoeda quantidade, REG_QZDMA& data);
+    // Refuses a cancellation while a line of the list has stock served or
+    // consumed, naming the first such line.
+    CQZDadosGT_Erro& ConsistirQuantComponentesCancelamento(const ListaComponentes& lista, int32_t lCampo);
+
+protected:
+    CQZDadosGT_Erro& Consistir(CQZDadosPX_Manutencao& dados, const CQZDadosPX_Manutencao*,
+                               IQZTrataInconsistencia*) override {
+        return ConsistirManutencao(&dados);
+    }
+
+private:
+    // The steps of ConsistirManutencao.
+    CQZDadosGT_Erro& PassosManutencao(CQZDadosPX_Manutencao& dados);
+    CQZDadosGT_Erro& ConsistirTecnico(const CQZDadosPX_Manutencao& dados, const CQZDadosPX_Mestre& mestre,
+                                      const CQZDadosGT_Recurso& recurso, bool bNova);
+    CQZDadosGT_Erro& TrataAdicionarAlterarComponente(const CPXRegrasComponente& regras,
+                                                     const CQZDadosPX_ManutencaoComponente& linha, int64_t index,
+                                                     const ListaComponentes& lista);
+    // Message 161 when there are no data services to read through.
+    bool ServicosAusentes();
+};
