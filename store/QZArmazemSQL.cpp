@@ -331,8 +331,11 @@ void CQZArmazemSQL::LeTexto(const qzsql::CQZComando& c, int indice, CString& tex
 
 void CQZArmazemSQL::AoIniciar() {
     // Writes of other connections are noticed once per transaction: the
-    // pragma reads the database, so it also takes the transaction's snapshot.
-    VerificaVersaoDados();
+    // pragma reads the database, so it also takes the transaction's snapshot
+    // the cache is checked against. An empty cache has nothing to check: the
+    // records it takes in this transaction come from the snapshot itself,
+    // and a version left behind only costs a needless clear later.
+    if (!m_cache.empty()) VerificaVersaoDados();
 }
 
 void CQZArmazemSQL::AoConfirmar(int64_t linhas) {
