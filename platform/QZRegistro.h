@@ -204,11 +204,15 @@ struct CQZCondicao {
         PREFIXO,       // text campo starts with valor
         LISTA_CONTEM,  // some element of list `lista` has campo = valor
         SUBARVORE,     // the record at valor and its descendants through parent field `campo`
+        REFERENCIADO,  // some element of list `lista` of record type `registro`, whose
+                       // `campoCondicao` = valor, names this record's key in its `campo`
     };
     Op op;
     std::string campo;
     CQZValor valor;
     std::string lista;
+    std::string registro = {};
+    std::string campoCondicao = {};
 };
 
 class CQZCondicoes {
@@ -235,6 +239,12 @@ public:
     }
     CQZCondicoes& Subarvore(const char* campoPai, uint32_t raiz) {
         m_v.push_back({CQZCondicao::SUBARVORE, campoPai, static_cast<int64_t>(raiz), {}});
+        return *this;
+    }
+    template <class T>
+    CQZCondicoes& ReferenciadoPor(const char* registro, const char* lista, const char* campo,
+                                  const char* campoCondicao, const T& valor) {
+        m_v.push_back({CQZCondicao::REFERENCIADO, campo, QZValorDe(valor), lista, registro, campoCondicao});
         return *this;
     }
     const std::vector<CQZCondicao>& Lista() const { return m_v; }

@@ -392,6 +392,22 @@ std::string CQZArmazemSQL::MontaWhere(const qzsql::Tabela& t, const CQZCondicoes
                 valores.push_back(cond.valor);
                 break;
             }
+            case CQZCondicao::REFERENCIADO: {
+                const qzsql::Tabela* filha = nullptr;
+                for (const qzsql::Tabela* dona : TabelasDeclaradas())
+                    if (dona->nome == cond.registro)
+                        for (const auto& f : dona->filhas)
+                            if (f.nome == dona->nome + "__" + cond.lista) filha = &f;
+                if (!filha)
+                    throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6,
+                                       "Lista " + cond.lista + " desconhecida em " + cond.registro + "."};
+                // The elements through the index of their condition, then this
+                // table by key.
+                termo = "t.chave IN (SELECT r." + coluna(*filha, cond.campo) + " FROM \"" + filha->nome +
+                        "\" AS r WHERE r." + coluna(*filha, cond.campoCondicao) + " = ?)";
+                valores.push_back(cond.valor);
+                break;
+            }
             case CQZCondicao::SUBARVORE:
                 if (!pSubarvore)
                     throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Subárvore pedida fora de uma classificação."};

@@ -9,7 +9,7 @@
 // The link of a maintenance plan to a resource.
 #define CAMPOS_GT_RECURSO_PLANO_MANUTENCAO(CAMPO, LISTA) \
     CAMPO(uint32_t, PonteiroPlanoManutencao, QZ_IDX)     \
-    CAMPO(uint8_t, Inativo, 0)
+    CAMPO(uint8_t, Inativo, QZ_IDX)
 
 class CQZDadosGT_RecursoPlanoManutencao : public TQZBaseParaDados {
     QZ_REGISTRO(CQZDadosGT_RecursoPlanoManutencao, CAMPOS_GT_RECURSO_PLANO_MANUTENCAO)
