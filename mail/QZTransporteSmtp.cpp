@@ -44,9 +44,10 @@ int Depura(CURL*, curl_infotype tipo, char* dados, size_t tamanho, void* usuario
     std::string linha(dados, tamanho);
     while (!linha.empty() && (linha.back() == '\n' || linha.back() == '\r')) linha.pop_back();
     r->atual += (r->atual.empty() ? "" : "\n") + linha;
-    // "250-..." continues a reply; "250 ..." ends it.
+    // "250-..." continues a reply; "250 ..." ends it. The farewell to
+    // QUIT tells nothing about the message.
     if (linha.size() < 4 || linha[3] != '-') {
-        r->ultima = r->atual;
+        if (r->atual.rfind("221", 0) != 0) r->ultima = r->atual;
         r->atual.clear();
     }
     return 0;
