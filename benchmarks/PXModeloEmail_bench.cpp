@@ -23,7 +23,7 @@ const std::string kLista =
     " <tr><td>QZ_COD_RECURSO</td><td>QZ_DESC_RECURSO</td><td>QZ_DT_PROX_MANUT</td>\r\n"
     "<td>QZ_DIAS_PROX_MANUT</td><td>QZ_CONTADOR_PROX_MANUT QZ_UN_MED_CONTADOR</td></tr>\r\n"
     "</table>\r\n";
-const std::string kRodape = "<p>QZ_RAZAO_SOCIAL</p></body></html>\r\n";
+const std::string kRodape = "<p>Enviado em QZ_DATA_ATUAL.</p></body></html>\r\n";
 
 DADOS_CORPO_EMAIL Cabecalho() {
     DADOS_CORPO_EMAIL d;
