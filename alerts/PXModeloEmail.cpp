@@ -143,8 +143,8 @@ public:
             for (size_t d = inicio + 1; d <= fim; ++d) {
                 if (resto[inicio] == '0' && d > inicio + 1) break;
                 int64_t i = 0;
-                std::from_chars(resto.data() + inicio, resto.data() + d, i);
-                if (i >= m_linhas) break;
+                const auto [fimNumero, erro] = std::from_chars(resto.data() + inicio, resto.data() + d, i);
+                if (erro != std::errc() || i >= m_linhas) break;
                 const size_t indiceLinha = k - m_fixos;
                 f(Casamento{static_cast<int64_t>(m_fixos) + i * 13 + static_cast<int64_t>(indiceLinha), d,
                             ((*m_pLinhas)[static_cast<size_t>(i)].*kPXMarcadoresLinha[indiceLinha].campo).str()});

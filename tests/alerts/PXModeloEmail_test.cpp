@@ -270,7 +270,8 @@ const char* const kValoresAdversos[] = {
 std::string TextoAdverso(std::mt19937& g) {
     static std::vector<std::string> pedacos = [] {
         std::vector<std::string> p = {"QZ_", "Q", "QZ", "Z_", "_", "_1", "_0", "0", "1", "x", " ", "<", "&nbsp;",
-                                      "QZ_INICIO_LISTA", "QZ_FIM_LISTA", "QZ_COD_RECURSO_1", "QZ_COD_RECURSO_10"};
+                                      "QZ_INICIO_LISTA", "QZ_FIM_LISTA", "QZ_COD_RECURSO_1", "QZ_COD_RECURSO_10",
+                                      "QZ_COD_RECURSO_9999999999999999999", "QZ_COD_RECURSO_00"};
         for (const auto& m : kPXMarcadoresCabecalho) p.push_back(m.texto);
         for (const auto& m : kPXMarcadoresLinha) {
             p.push_back(m.texto);
