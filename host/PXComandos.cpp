@@ -12,6 +12,7 @@
 #include <mutex>
 #include <sstream>
 
+#include "host/PXComandosAdicionais.h"
 #include "host/PXDadosEmbutidos.h"
 #include "host/PXTabelaMensagens.h"
 #include "host/PXTiposHost.h"
@@ -473,6 +474,7 @@ int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& ent
     perm->add_option("KIND", o.tipoPermissao, U("a tela ou função (1 a 29)"))->required();
     perm->add_option("--user", o.usuario, U("código do usuário"))->required()->check(CLI::Range(0, 65535));
     perm->add_option("--company", o.empresa, U("empresa da sessão"));
+    const CPXComandoAdicional adicionais[] = {PXComandoContaEmail(app), PXComandoModelo(app)};
 
     std::vector<const char*> argv;
     for (const auto& a : argumentos) argv.push_back(a.c_str());
@@ -483,6 +485,8 @@ int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& ent
         return codigo == 0 ? kSaidaOk : kSaidaErro;
     }
 
+    for (const auto& c : adicionais)
+        if (c.sub->parsed()) return c.executa(o.json, saida, erros);
     const char* comando = app.get_subcommands().front()->get_name().c_str();
     Saida s(o, comando, saida, erros);
     try {

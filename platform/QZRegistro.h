@@ -207,11 +207,15 @@ struct CQZCondicao {
         PREFIXO,       // text campo starts with valor
         LISTA_CONTEM,  // some element of list `lista` has campo = valor
         SUBARVORE,     // the record at valor and its descendants through parent field `campo`
+        REFERENCIADO,  // some element of list `lista` of record type `registro`, whose
+                       // `campoCondicao` = valor, names this record's key in its `campo`
     };
     Op op;
     const char* campo;  // a field's name, as the record declares it
     CQZValor valor;
-    const char* lista;  // LISTA_CONTEM: the list's name
+    const char* lista;                      // LISTA_CONTEM, REFERENCIADO: the list's name
+    const char* registro = nullptr;         // REFERENCIADO: the record type whose list refers
+    const char* campoCondicao = nullptr;    // REFERENCIADO: the field of that record valor is matched on
 };
 
 // The conditions of one search, kept inline: a search is built on every
@@ -248,12 +252,18 @@ public:
     CQZCondicoes& Subarvore(const char* campoPai, uint32_t raiz) {
         return Adiciona(CQZCondicao::SUBARVORE, campoPai, static_cast<int64_t>(raiz), nullptr);
     }
+    template <class T>
+    CQZCondicoes& ReferenciadoPor(const char* registro, const char* lista, const char* campo,
+                                  const char* campoCondicao, const T& valor) {
+        return Adiciona(CQZCondicao::REFERENCIADO, campo, QZValorDe(valor), lista, registro, campoCondicao);
+    }
     std::span<const CQZCondicao> Lista() const { return {Em(0), m_n}; }
 
 private:
-    CQZCondicoes& Adiciona(CQZCondicao::Op op, const char* campo, CQZValor valor, const char* lista) {
+    CQZCondicoes& Adiciona(CQZCondicao::Op op, const char* campo, CQZValor valor, const char* lista,
+                           const char* registro = nullptr, const char* campoCondicao = nullptr) {
         if (m_n == kMaximo) throw std::length_error("mais critérios do que uma busca comporta");
-        new (Em(m_n)) CQZCondicao{op, campo, std::move(valor), lista};
+        new (Em(m_n)) CQZCondicao{op, campo, std::move(valor), lista, registro, campoCondicao};
         ++m_n;
         return *this;
     }
