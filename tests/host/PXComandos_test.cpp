@@ -133,7 +133,7 @@ TEST_F(PXComandosTest, BadInputIsAnErrorWithItsPlaceAndNeverAWrite) {
         std::string trecho;
     } casos[] = {
         {{"save", m_arquivo, "Peixe", "-"}, "{}", "", "tipo de registro desconhecido"},
-        {{"save", m_arquivo, "Prioridade", "-"}, R"({"Codigo": )", "", "JSON malformado"},
+        {{"save", m_arquivo, "Prioridade", "-"}, R"({"Codigo": )", "Codigo", "JSON malformado"},
         {{"save", m_arquivo, "Prioridade", "-"}, R"({"Codigo": "A", "PrioridadeBase": 256})", "PrioridadeBase", "entre 0 e 255"},
         {{"save", m_arquivo, "Prioridade", "-"}, R"({"Codigo": 7})", "Codigo", "esperava um texto"},
         {{"save", m_arquivo, "Prioridade", "-"}, U8(u8R"({"Codigo": "A", "Descricao": "≠"})"), "Descricao", "Windows-1252"},
