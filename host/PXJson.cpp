@@ -134,7 +134,8 @@ bool LeCarimbo(std::string_view s, REG_QZDMAHMSUTC& v) {
         !s.empty())
         return false;
     const int fuso = (fusoH * 60 + fusoM) * (negativo ? -1 : 1);
-    if (h > 23 || mi > 59 || seg > 59 || fuso % 15 != 0 || fuso / 15 < -128 || fuso / 15 > 127) return false;
+    if (h > 23 || mi > 59 || seg > 59 || fusoM > 59 || fuso % 15 != 0 || fuso / 15 < -128 || fuso / 15 > 127)
+        return false;
     v = REG_QZDMAHMSUTC(data, h, mi, seg, fuso / 15);
     return true;
 }
@@ -213,13 +214,16 @@ void De(const Json& j, CString& v, const std::string& campo) {
     const std::string& utf8 = j.get_ref<const std::string&>();
     std::string cp1252;
     if (!QZUtf8ParaCp1252(utf8, cp1252)) {
-        // Name the first character that has no form (the text is valid UTF-8:
-        // the JSON reader checked it).
+        // Name the first character that has no form.
         size_t caractere = 0;
         for (size_t i = 0; i < utf8.size(); ++caractere) {
             size_t fim = i + 1;
             while (fim < utf8.size() && Continuacao(utf8[fim])) ++fim;
             const std::string um = utf8.substr(i, fim - i);
+            const auto lider = static_cast<unsigned char>(um[0]);
+            const size_t bytes = lider < 0x80 ? 1 : (lider & 0xE0) == 0xC0 ? 2 : (lider & 0xF0) == 0xE0 ? 3 : 4;
+            if (bytes != um.size() || (lider >= 0x80 && (lider & 0xC0) != 0xC0) || lider >= 0xF8)
+                Falha(campo, "texto que não é UTF-8, na posição " + std::to_string(caractere + 1));
             if (!QZUtf8ParaCp1252(um, cp1252)) {
                 char32_t cp = static_cast<unsigned char>(um[0]) & (um.size() == 2 ? 0x1F : um.size() == 3 ? 0x0F : 0x07);
                 for (size_t k = 1; k < um.size(); ++k) cp = (cp << 6) | (static_cast<unsigned char>(um[k]) & 0x3F);

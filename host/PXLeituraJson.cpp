@@ -136,8 +136,9 @@ std::string MotivoDaBiblioteca(const nlohmann::detail::exception& e, const std::
         // comes after the text read, which ends the last quote.
         auto [erro, depois] = Corta(ingles, "; last read: '");
         if (const char* pt = Traduz(kErrosLexicos, erro, true)) partes.push_back(pt);
-        if (const size_t i = depois.rfind(std::string("'") + std::string(kEsperado)); i != std::string_view::npos)
-            esperado = depois.substr(i + 1 + kEsperado.size());
+        if (const size_t fimLido = depois.rfind(std::string("'") + std::string(kEsperado));
+            fimLido != std::string_view::npos)
+            esperado = depois.substr(fimLido + 1 + kEsperado.size());
         // The text read is quoted from the event, which has it whole.
         if (!lido.empty()) partes.push_back("em " + Trecho(lido));
     }
