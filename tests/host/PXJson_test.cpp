@@ -224,6 +224,7 @@ TEST(PXJsonTest, TextFormsAreReadExactlyAndLongDigitRunsEndQuickly) {
         {"2026-03-10T24:00:00+00:00", false, false, false, false},
         {"2026-03-10T09:05:07+00:10", false, false, false, false},
         {"2026-03-10T09:05:07+32:00", false, false, false, false},
+        {"2026-03-10T09:05:07+00:60", false, false, false, false},
         {"2026-03-10T09:05:07Z", false, false, false, false},
         {"2026-03-10T09:05:07+03:00x", false, false, false, false},
         {"2026-04/0", false, false, false, true},
