@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include "fuzz/PXFuzzComum.h"
 #include "host/PXLeituraJson.h"
@@ -18,7 +19,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* dados, size_t tamanho) {
     } catch (const CPXErroLeituraJson&) {
         return 0;  // the reader's own target checks its refusals
     }
-    for (const auto& tipo : PXTiposHost()) {
+    // The type the record names, as import reads it; every type when it
+    // names none, as save reads it.
+    std::vector<const IPXTipoHost*> tipos;
+    if (auto t = j.is_object() ? j.find("type") : j.end(); t != j.end() && t->is_string())
+        if (const IPXTipoHost* tipo = PXBuscaTipoHost(t->get<std::string>())) tipos.push_back(tipo);
+    if (tipos.empty())
+        for (const auto& tipo : PXTiposHost()) tipos.push_back(tipo.get());
+    for (const IPXTipoHost* tipo : tipos) {
         auto registro = tipo->Novo();
         try {
             tipo->DeJson(j, *registro);
