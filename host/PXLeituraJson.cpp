@@ -1,5 +1,6 @@
 #include "host/PXLeituraJson.h"
 
+#include <algorithm>
 #include <iterator>
 #include <optional>
 #include <unordered_set>
@@ -192,18 +193,18 @@ public:
     struct Erro {
         std::string campo;
         std::string motivo;
-        size_t lidos = 0;    // bytes read by the library when it stopped
+        size_t lidos = 0;  // the library's count of what it read, for its own errors
         bool daBiblioteca = false;
     };
-    // Set when the parse stopped; `lidos` of an error of this reader is
-    // filled by the caller, which sees the cursor.
-    std::optional<Erro>& ErroEncontrado() { return m_erro; }
+    // Why the parse stopped, when it did. For this reader's own errors the
+    // caller takes the place from the cursor.
+    const std::optional<Erro>& ErroEncontrado() const { return m_erro; }
 
 private:
     struct Nivel {
         Json* valor;
-        std::optional<std::string> chave;  // of the member being read (objects), as quoted; none between members
-        size_t indice = 0;  // of the entry being read (lists); npos between entries
+        std::optional<std::string> chave;     // of the member being read (objects), as quoted; none between members
+        size_t indice = std::string::npos;  // of the entry being read (lists); npos between entries
         std::unordered_set<std::string> chaves;
     };
 
@@ -336,7 +337,7 @@ Json PXLeJson(std::string_view texto, const CPXLimitesJson& limites, long primei
     const char* lido = texto.data();
     CCursor inicio(texto.data(), &lido), fim(texto.data() + texto.size(), &lido);
     if (Json::sax_parse(inicio, fim, &construtor, nlohmann::detail::input_format_t::json, true, false)) return raiz;
-    auto& erro = construtor.ErroEncontrado();
+    const auto& erro = construtor.ErroEncontrado();
     if (!erro) Lanca(texto, primeiraLinha, {}, "JSON malformado", static_cast<size_t>(lido - texto.data()));
     // The library counts the character it stopped at; the cursor is past
     // the last one handed over.
