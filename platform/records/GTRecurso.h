@@ -43,6 +43,7 @@ public:
     CAMPO(CString, Descricao, 0)                          \
     CAMPO(uint8_t, TipoClassificacao, QZ_IDX)             \
     CAMPO(uint8_t, Tipo, 0)                               \
+    CAMPO(uint32_t, PonteiroTipoRecurso, 0)               \
     CAMPO(uint8_t, Inativo, 0)                            \
     CAMPO(uint16_t, PonteiroFilial, 0)                    \
     CAMPO(uint32_t, PonteiroUnidadeMedidaContador, 0)     \
@@ -59,6 +60,19 @@ public:
     const CQZDadosGT_RecursoPlanoManutencao& GetPlanoManutencao(int64_t i) const {
         return GetConstRefPlanoManutencao(i);
     }
+};
+
+// The register of resource types (lathe, forklift, compressor, ...) a
+// resource names through PonteiroTipoRecurso.
+#define CAMPOS_GT_TIPO_RECURSO(CAMPO, LISTA) \
+    CAMPO(CString, Codigo, 0)                \
+    CAMPO(CString, Descricao, 0)             \
+    CAMPO(REG_QZDMAHMSUTC, DmaHmsAtualizacao, QZ_CARIMBO)
+
+class CQZDadosGT_TipoRecurso : public TQZBaseParaDados {
+    QZ_REGISTRO(CQZDadosGT_TipoRecurso, CAMPOS_GT_TIPO_RECURSO)
+public:
+    QZModulo OnGetModulo() const override { return QZ_MODULO_GT; }
 };
 
 // The classification part of an enterprise filter: SetApenasAnalitico(1)
@@ -79,10 +93,13 @@ private:
 };
 
 // SetPonteiroPlanoManutencao keeps the resources linked to that plan,
-// whether the link is active or not.
+// whether the link is active or not. SetFlagAtivoInativo(1) asks for active
+// and inactive resources alike, as every search of this filter gives them
+// (the caller judges each resource's state).
 #define CRITERIOS_GT_FILTRO_RECURSO(CRITERIO)           \
     CRITERIO(uint32_t, PonteiroPlanoManutencao)         \
-    CRITERIO(CQZDadosGT_FiltroClassificacao, FiltroClassificacao)
+    CRITERIO(CQZDadosGT_FiltroClassificacao, FiltroClassificacao) \
+    CRITERIO(uint8_t, FlagAtivoInativo)
 
 class CQZDadosGT_FiltroRecurso : public TQZBaseFiltro {
     QZ_FILTRO(CQZDadosGT_FiltroRecurso, CQZDadosGT_Recurso, CRITERIOS_GT_FILTRO_RECURSO)
