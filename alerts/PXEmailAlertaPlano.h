@@ -29,6 +29,8 @@ public:
     // the ancestor it inherits its alerts from.
     virtual void AlertaAceito(const CQZDadosPX_Plano& /*planoProprio*/, const CQZDadosPX_Plano& /*planoAlerta*/,
                               uint32_t /*indiceAlerta*/) {}
+    // The template of an alert is not there: the run ends here, with 0.
+    virtual void ModeloAusente(const CQZDadosPX_Plano& /*planoAlerta*/, uint32_t /*indiceAlerta*/) {}
     // A resource link due under the last alert accepted.
     virtual void RecursoVencido(const CQZDadosGT_Recurso& /*recurso*/,
                                 const CQZDadosGT_RecursoPlanoManutencao& /*vinculo*/,

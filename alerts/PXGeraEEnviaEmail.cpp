@@ -107,7 +107,8 @@ long CPXEmailAlertaPlano::GeraEEnviaEmail(CQZArray_deprecated<uint32_t>& aPontei
             if (aPonteirosRecurso.IsEmpty()) continue;
             if (QZ_CHAMA_RASTREADO(hr, kRastroLeRecursos,
                                    pGestavo->LePonteirosRecursos(aPonteirosRecurso.GetSize(),
-                                                                 aPonteirosRecurso.Vetor().data(), recursos, 4)))
+                                                                 aPonteirosRecurso.Vetor().data(), recursos,
+                                                                 GT_LER_RECURSO_PLANOS)))
                 return aborta(hr, pGestavo->GetErro());
         }
         const REG_QZDMAHMSUTC agora = GetRelogio().Agora();
@@ -118,7 +119,10 @@ long CPXEmailAlertaPlano::GeraEEnviaEmail(CQZArray_deprecated<uint32_t>& aPontei
             const CString& modelo = alerta.GetModeloEmail();
             // A template that is not there stops the whole run, quietly and
             // without stamps; an inactive alert's template counts too.
-            if (!ModeloEmailExiste(modelo.GetString())) return 0;
+            if (!ModeloEmailExiste(modelo.GetString())) {
+                if (pObservador) pObservador->ModeloAusente(planoAlerta, static_cast<uint32_t>(iAlerta));
+                return 0;
+            }
             if (alerta.GetInativo()) continue;
             if (!alerta.GetDmaHmsUltimoEnvio().EhVazio() && !PXAlertaPodeRepetir(alerta, agora)) continue;
             // Accepted, and so stamped at the end, whatever is due.

@@ -278,6 +278,18 @@ void CQZArmazemSQL::PlanoTabela(const qzsql::Tabela& t, const std::string& tabel
     if (!tabelaPai.empty()) indice("ix_" + t.nome + "__pai", "pai, ordem");
     for (const auto& c : t.colunas)
         if (c.indexada) indice("ix_" + t.nome + "_" + c.nome, "\"" + c.nome + "\"");
+    // In a list, a search on one searched field often reads another (which
+    // records the active links name): each such index also carries the
+    // list's other searched fields and answers it alone, where a field that
+    // matches most rows would otherwise be read as a scan of the table.
+    if (!tabelaPai.empty())
+        for (const auto& c : t.colunas) {
+            if (!c.indexada) continue;
+            std::string cobertas = "\"" + c.nome + "\"";
+            for (const auto& o : t.colunas)
+                if (o.indexada && o.nome != c.nome) cobertas += ", \"" + o.nome + "\"";
+            if (cobertas.find(',') != std::string::npos) indice("ix_" + t.nome + "_" + c.nome + "__cobre", cobertas);
+        }
     for (const auto& f : t.filhas) PlanoTabela(f, t.nome, ddl);
 }
 

@@ -4,7 +4,10 @@
 // them.
 #pragma once
 
+#include <cstring>
+
 #include "platform/records/PXCriterios.h"
+#include "platform/records/QZLeituraListas.h"
 
 // The link of a maintenance plan to a resource, with when the resource is
 // next due under it: a date, and the counter cycles left (negative when the
@@ -59,6 +62,21 @@ public:
     QZModulo OnGetModulo() const override { return QZ_MODULO_GT; }
     const CQZDadosGT_RecursoPlanoManutencao& GetPlanoManutencao(int64_t i) const {
         return GetConstRefPlanoManutencao(i);
+    }
+};
+
+// Lists a read of resources loads: GT_LER_RECURSO_PLANOS the plan links,
+// GT_LER_RECURSO_GARANTIAS the warranties. A read with neither bit (0, 1, the
+// buffered reads) loads both.
+constexpr uint64_t GT_LER_RECURSO_PLANOS = 4;
+constexpr uint64_t GT_LER_RECURSO_GARANTIAS = 8;
+template <>
+struct QZLeituraListas<CQZDadosGT_Recurso> {
+    static bool LeLista(uint64_t flags, const char* lista) {
+        if ((flags & (GT_LER_RECURSO_PLANOS | GT_LER_RECURSO_GARANTIAS)) == 0 || flags == QZ_LER_TUDO) return true;
+        if (std::strcmp(lista, "PlanoManutencao") == 0) return (flags & GT_LER_RECURSO_PLANOS) != 0;
+        if (std::strcmp(lista, "RecursoGarantia") == 0) return (flags & GT_LER_RECURSO_GARANTIAS) != 0;
+        return true;
     }
 };
 
