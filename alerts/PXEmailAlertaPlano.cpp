@@ -15,8 +15,6 @@
 
 namespace {
 
-constexpr long kNaoImplementado = static_cast<long>(static_cast<int32_t>(0x80004001u));  // E_NOTIMPL
-
 // The failure of a file operation, as the framework's file exception tells it.
 class CPXExcecaoArquivo : public CException {
 public:
@@ -63,17 +61,24 @@ long CPXEmailAlertaPlano::OnRun(bool& /*bFlag*/) {
         AbortaExecucao(kCodigoSemConta, mensagem, kIdSemConta, nullptr);
     }
 
+    CQZArray_deprecated<uint32_t> aPonteiros;
+    hr = BuscaPlanos(aPonteiros);
+    if (hr != 0) return hr;
+    return GeraEEnviaEmail(aPonteiros);
+}
+
+long CPXEmailAlertaPlano::BuscaPlanos(CQZArray_deprecated<uint32_t>& aPonteiros) {
     CQZDadosPX_FiltroPlano filtro;
     filtro.SetAtivo(1);
     filtro.SetAtivoRecurso(1);
-    CQZArray_deprecated<uint32_t> aPonteiros;
-    hr = pManutencao->BuscaPonteirosPlano(filtro, aPonteiros);
-    if (hr != 0) return hr;
+    return GetAcessoManutencao()->BuscaPonteirosPlano(filtro, aPonteiros);
+}
 
-    // The plans go on to GeraEEnviaEmail (alert selection, message data,
-    // sending, stamps), which the library does not have yet: rather than
-    // report a run that sent nothing as done, the run says so.
-    return kNaoImplementado;
+long CPXEmailAlertaPlano::Simula(IPXObservadorAlertas& observador) {
+    if (!GetAcessoGestavo() || !GetAcessoManutencao()) return QZ_E_SEM_SERVICOS;
+    CQZArray_deprecated<uint32_t> aPonteiros;
+    if (long hr = BuscaPlanos(aPonteiros)) return hr;
+    return GeraEEnviaEmail(aPonteiros, &observador);
 }
 
 void CPXEmailAlertaPlano::AbortaExecucao(long codigo, const char* mensagem, int idMensagem, CException* pExcecao) {
@@ -161,6 +166,11 @@ void CPXEmailAlertaPlano::SubstituiMemoriasModeloEmail(CString& modelo, const DA
 }
 
 long CPXEmailAlertaPlano::EnviaEmail(const CString& destinatario, CString& corpo, const CString& assunto) {
+    return EnviaEmail(destinatario, corpo, assunto, CQZOrigemEmail());
+}
+
+long CPXEmailAlertaPlano::EnviaEmail(const CString& destinatario, CString& corpo, const CString& assunto,
+                                     const CQZOrigemEmail& origem) {
     CQZDadosGT_EmailAnexo anexo;
     anexo.SetTipo(QZ_TIPO_ANEXO_CORPO);
     anexo.Reserva(std::max<size_t>(100, static_cast<size_t>(corpo.GetLength())));
@@ -169,6 +179,7 @@ long CPXEmailAlertaPlano::EnviaEmail(const CString& destinatario, CString& corpo
     email.SetAssunto(assunto);
     email.SetDestinatarios(destinatario);
     email.SetCorpo(anexo);
+    email.SetOrigem(origem);
     CQZAcessoGestavoBuffer* pGestavo = GetAcessoGestavo();
     const long hr = pGestavo ? pGestavo->EnviaEmail(email, nullptr, QZ_MODULO_GT, 0) : QZ_E_SEM_SERVICOS;
     if (hr < 0) Lanca(kCodigoEnvio, kIdEnvio, "Falha ao enviar e-mail.");

@@ -16,6 +16,33 @@
 #include "platform/QZContainers.h"
 #include "platform/QZExcecao.h"
 
+struct CPXAvaliacaoVencimento;
+
+// Watches a run as it decides (the preview of a run). With Simula() true
+// the messages are handed here instead of being sent, and no alert is
+// stamped.
+class IPXObservadorAlertas {
+public:
+    virtual ~IPXObservadorAlertas() = default;
+    virtual bool Simula() const { return false; }
+    // An alert accepted for the own plan; the alert plan is the own plan or
+    // the ancestor it inherits its alerts from.
+    virtual void AlertaAceito(const CQZDadosPX_Plano& /*planoProprio*/, const CQZDadosPX_Plano& /*planoAlerta*/,
+                              uint32_t /*indiceAlerta*/) {}
+    // The template of an alert is not there: the run ends here, with 0.
+    virtual void ModeloAusente(const CQZDadosPX_Plano& /*planoAlerta*/, uint32_t /*indiceAlerta*/) {}
+    // A resource link due under the last alert accepted.
+    virtual void RecursoVencido(const CQZDadosGT_Recurso& /*recurso*/,
+                                const CQZDadosGT_RecursoPlanoManutencao& /*vinculo*/,
+                                const CPXAvaliacaoVencimento& /*avaliacao*/, uint8_t /*tipoControle*/) {}
+    // A message the run would send (only when Simula()); 0 or the status a
+    // sending would have returned.
+    virtual long Mensagem(const CString& /*destinatario*/, const CString& /*corpo*/, const CString& /*assunto*/,
+                          const CQZOrigemEmail& /*origem*/) {
+        return 0;
+    }
+};
+
 class CPXEmailAlertaPlano : public CAutoRun {
 public:
     // Codes and message ids of the routine's failures.
@@ -69,11 +96,31 @@ public:
     long EnviaEmail(const CString& destinatario, CString& corpo, const CString& assunto);
 
     // The alerts of the plans found by a run: selection, message data,
-    // sending and the stamps of the alerts sent. Not part of the library
-    // yet (see OnRun).
+    // sending, and at the end the stamps of every alert accepted. 0 on
+    // success (a missing template ends it with 0 and no stamps), a sending's
+    // non-zero status, or a throw.
     long GeraEEnviaEmail(CQZArray_deprecated<uint32_t>& aPonteirosPlano);
+    // The same, watched; a simulating observer gets the messages instead of
+    // the enterprise service, and nothing is stamped.
+    long GeraEEnviaEmail(CQZArray_deprecated<uint32_t>& aPonteirosPlano, IPXObservadorAlertas* pObservador);
+    // What a run would do now (the company's clock), without the account
+    // check, without sending and without stamping.
+    long Simula(IPXObservadorAlertas& observador);
+
+    // The subject of an alert's e-mails.
+    static CString AssuntoEmail(const CQZDadosPX_PlanoAlerta& alerta);
 
 private:
+    // EnviaEmail, telling the service what the message is about.
+    long EnviaEmail(const CString& destinatario, CString& corpo, const CString& assunto, const CQZOrigemEmail& origem);
+    // Fields 11-23 of a due resource line; 0, or the run's end after a
+    // failed read.
+    long SetDadosCorpoEmailSubordinados(DADOS_CORPO_EMAIL& d, const CQZDadosGT_Recurso& recurso,
+                                        const CQZDadosGT_RecursoPlanoManutencao& vinculo,
+                                        const CPXAvaliacaoVencimento& avaliacao);
+    // The plan pointers a run looks at; the search's status.
+    long BuscaPlanos(CQZArray_deprecated<uint32_t>& aPonteiros);
+
     // Logs `texto` and throws it with `codigo` and `idMensagem`.
     [[noreturn]] void Lanca(long codigo, long idMensagem, const char* texto);
 };

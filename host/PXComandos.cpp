@@ -231,6 +231,7 @@ int Init(const Opcoes& o, Saida& s) {
     try {
         Sessao sessao(o, QZ_ABRE_OU_CRIA);
         if (o.demo) registros = PXImportaJsonLinhas(sessao.Armazem(), PXTextoDemo());
+        if (o.demo && o.armazem != ":memory:") PXPreparaDemoAlertas(sessao.Armazem(), o.armazem);
     } catch (...) {
         // Nothing half-made is left behind: the file did not exist.
         for (const char* sufixo : {"", "-wal", "-shm"}) std::remove((o.armazem + sufixo).c_str());
@@ -492,7 +493,8 @@ int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& ent
     perm->add_option("KIND", o.tipoPermissao, U("a tela ou função (1 a 29)"))->required();
     perm->add_option("--user", o.usuario, U("código do usuário"))->required()->check(CLI::Range(0, 65535));
     perm->add_option("--company", o.empresa, U("empresa da sessão"));
-    const CPXComandoAdicional adicionais[] = {PXComandoContaEmail(app), PXComandoModelo(app)};
+    const CPXComandoAdicional adicionais[] = {PXComandoContaEmail(app), PXComandoModelo(app), PXComandoAlertas(app),
+                                              PXComandoDaemon(app)};
 
     std::vector<const char*> argv;
     for (const auto& a : argumentos) argv.push_back(a.c_str());

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <iosfwd>
+#include <string>
 
 struct CPXComandoAdicional {
     CLI::App* sub = nullptr;
@@ -16,3 +17,13 @@ struct CPXComandoAdicional {
 CPXComandoAdicional PXComandoContaEmail(CLI::App& app);
 // template check FILE: what an e-mail template will do.
 CPXComandoAdicional PXComandoModelo(CLI::App& app);
+// alerts run|preview|log STORE: the plan-alert routine as a product.
+CPXComandoAdicional PXComandoAlertas(CLI::App& app);
+// daemon STORE [--company C]...: the alert service until SIGTERM/SIGINT.
+CPXComandoAdicional PXComandoDaemon(CLI::App& app);
+
+class CQZArmazemSQL;
+// After the demo plant is imported into the store at `caminhoArmazem`: its
+// alert template and outbox folder beside the store, and alerts due today.
+// Throws CPXErroEntrada.
+void PXPreparaDemoAlertas(CQZArmazemSQL& armazem, const std::string& caminhoArmazem);

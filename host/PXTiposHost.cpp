@@ -49,6 +49,9 @@ std::vector<std::unique_ptr<IPXTipoHost>> MontaTipos() {
     Tipo<CQZDadosGT_Requisitante>(t);
     Tipo<CQZDadosGT_TipoPeriodo>(t);
     Tipo<CQZDadosBDD_Registro>(t);
+    Tipo<CQZDadosGT_TipoRecurso>(t);
+    Tipo<CQZDadosGT_UnidadeMedidaProduto>(t);
+    Tipo<CQZDadosGT_UnidadeMedidaServico>(t);
     // The module's registers, with their handlers and integrity checks.
     Tipo<CQZDadosPX_Mestre>(t).Com<CPXTrataDadosMestre>();
     Tipo<CQZDadosPX_Prioridade>(t).Com<CPXTrataDadosPrioridade>();

@@ -21,6 +21,11 @@ public:
 #include "platform/acesso/QZDeclaraOperacoes.h"
 #include "platform/acesso/Manutencao.def"
 #include "platform/acesso/QZFimMacrosOperacoes.h"
+
+    // Stamps alert `indiceAlerta` (0-based, in the plan's list) as sent now,
+    // by the service's clock. The plan's own save stamp is left as it is: a
+    // send is not an edit, and must not make an open edit of the plan stale.
+    [[nodiscard]] virtual long AtualizaDataHoraEnvioAlerta(uint32_t ponteiroPlano, uint32_t indiceAlerta) = 0;
 };
 
 class CQZAcessoManutencaoBuffer : public CQZAcessoManutencao {

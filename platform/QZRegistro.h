@@ -209,6 +209,7 @@ struct CQZCondicao {
         SUBARVORE,     // the record at valor and its descendants through parent field `campo`
         REFERENCIADO,  // some element of list `lista` of record type `registro`, whose
                        // `campoCondicao` = valor, names this record's key in its `campo`
+        DESCENDENTES,  // the records under the one at valor, at any depth, through parent field `campo`
     };
     Op op;
     const char* campo;  // a field's name, as the record declares it
@@ -251,6 +252,9 @@ public:
     }
     CQZCondicoes& Subarvore(const char* campoPai, uint32_t raiz) {
         return Adiciona(CQZCondicao::SUBARVORE, campoPai, static_cast<int64_t>(raiz), nullptr);
+    }
+    CQZCondicoes& Descendentes(const char* campoPai, uint32_t raiz) {
+        return Adiciona(CQZCondicao::DESCENDENTES, campoPai, static_cast<int64_t>(raiz), nullptr);
     }
     template <class T>
     CQZCondicoes& ReferenciadoPor(const char* registro, const char* lista, const char* campo,

@@ -102,6 +102,7 @@ std::vector<const qzsql::Tabela*> TabelasDeclaradas() {
 #define QZ_OP_LE_BUFFER(Nome, Registro, Chave, SeAusente) anota(qzsql::EsquemaDe<Registro>());
 #define QZ_OP_LE_BUFFER_UNICO(Nome, Registro) anota(qzsql::EsquemaDe<Registro>());
 #define QZ_OP_ITEM_LISTA(Nome, Registro, Chave, Lista, Elemento, Item, Campo) anota(qzsql::EsquemaDe<Registro>());
+#define QZ_OP_LE_VARIOS(Nome, Registro, Chave, Flags) anota(qzsql::EsquemaDe<Registro>());
 #include "platform/acesso/QZMacrosOperacoes.h"
 #include "platform/acesso/Manutencao.def"
 #include "platform/acesso/ManutencaoBuffer.def"
@@ -277,6 +278,18 @@ void CQZArmazemSQL::PlanoTabela(const qzsql::Tabela& t, const std::string& tabel
     if (!tabelaPai.empty()) indice("ix_" + t.nome + "__pai", "pai, ordem");
     for (const auto& c : t.colunas)
         if (c.indexada) indice("ix_" + t.nome + "_" + c.nome, "\"" + c.nome + "\"");
+    // In a list, a search on one searched field often reads another (which
+    // records the active links name): each such index also carries the
+    // list's other searched fields and answers it alone, where a field that
+    // matches most rows would otherwise be read as a scan of the table.
+    if (!tabelaPai.empty())
+        for (const auto& c : t.colunas) {
+            if (!c.indexada) continue;
+            std::string cobertas = "\"" + c.nome + "\"";
+            for (const auto& o : t.colunas)
+                if (o.indexada && o.nome != c.nome) cobertas += ", \"" + o.nome + "\"";
+            if (cobertas.find(',') != std::string::npos) indice("ix_" + t.nome + "_" + c.nome + "__cobre", cobertas);
+        }
     for (const auto& f : t.filhas) PlanoTabela(f, t.nome, ddl);
 }
 
@@ -501,6 +514,8 @@ std::unique_ptr<qzsql::BuscaCompilada> Compila(const qzsql::Tabela& t, bool clas
             case CQZCondicao::SUBARVORE:
                 if (!classificacao)
                     throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Subárvore pedida fora de uma classificação."};
+                [[fallthrough]];
+            case CQZCondicao::DESCENDENTES:
                 coluna(t, cond.campo);
                 sub = &cond;
                 indiceSub = i;
@@ -520,8 +535,10 @@ std::unique_ptr<qzsql::BuscaCompilada> Compila(const qzsql::Tabela& t, bool clas
     // descendant as its parent. The other criteria select among the records
     // of the subtree; they do not stop the walk, so the leaves under a
     // sub-group that does not match are still found.
+    // Descendants only: the walk starts at the root's children.
+    const std::string raiz = sub->op == CQZCondicao::DESCENDENTES ? "\"" + std::string(sub->campo) + "\" = ?" : "chave = ?";
     b->comando.sql = "WITH RECURSIVE qz_sub(chave) AS (SELECT chave FROM " + tab +
-                     " WHERE chave = ? UNION SELECT t.chave FROM " + tab + " AS t JOIN qz_sub ON t.\"" +
+                     " WHERE " + raiz + " UNION SELECT t.chave FROM " + tab + " AS t JOIN qz_sub ON t.\"" +
                      std::string(sub->campo) + "\" = qz_sub.chave) SELECT chave FROM qz_sub";
     if (!where.empty())
         b->comando.sql += " WHERE EXISTS (SELECT 1 FROM " + tab + " AS t WHERE t.chave = qz_sub.chave AND " +
@@ -648,6 +665,21 @@ std::vector<std::string> CQZArmazemSQL::VarredurasCompletas(const std::vector<st
                                    std::to_string(ChaveDireta(chave)) + " não tem " #Lista " com " #Campo \
                                    " " + std::to_string(item) + "."};                                    \
         });                                                                                             \
+    }
+// One read transaction for the batch (or the caller's open one).
+#define QZ_OP_LE_VARIOS(Nome, Registro, Chave, Flags)                                                        \
+    long CQZArmazemSQL::Le##Nome(int64_t quantidade, const Chave* pChaves, CQZVector<Registro>& registros,  \
+                                 Flags flags) {                                                             \
+        registros.clear();                                                                                  \
+        return Despacha("Le" #Nome, [&]() -> long {                                                         \
+            return m_banco.EmTransacao(qzsql::EModoTransacao::LEITURA, [&]() -> long {                     \
+                registros.resize(static_cast<size_t>(std::max<int64_t>(quantidade, 0)));                    \
+                for (size_t i = 0; i < registros.size(); ++i)                                               \
+                    if (long hr = LeGenerico(pChaves[i], &registros[i], false, static_cast<uint64_t>(flags)))  \
+                        return hr;                                                                          \
+                return 0;                                                                                   \
+            });                                                                                             \
+        });                                                                                                 \
     }
 #include "platform/acesso/QZMacrosOperacoes.h"
 #include "platform/acesso/Manutencao.def"

@@ -265,12 +265,18 @@ public:
     [[nodiscard]] long LeBuffer##Nome(Registro* pDados, uint64_t flags = 0) override;
 #define QZ_OP_ITEM_LISTA(Nome, Registro, Chave, Lista, Elemento, Item, Campo) \
     [[nodiscard]] long Buscar##Nome(Chave chave, Item item, Elemento* pDados) override;
+#define QZ_OP_LE_VARIOS(Nome, Registro, Chave, Flags)                                                     \
+    [[nodiscard]] long Le##Nome(int64_t quantidade, const Chave* pChaves, CQZVector<Registro>& registros, \
+                                Flags flags = 0) override;
 #include "platform/acesso/QZMacrosOperacoes.h"
 #include "platform/acesso/Manutencao.def"
 #include "platform/acesso/ManutencaoBuffer.def"
 #include "platform/acesso/Gestavo.def"
 #include "platform/acesso/GestavoBuffer.def"
 #include "platform/acesso/QZFimMacrosOperacoes.h"
+
+    // ---- the alert routine's writes (QZArmazemSQLEmail.cpp) ----
+    [[nodiscard]] long AtualizaDataHoraEnvioAlerta(uint32_t ponteiroPlano, uint32_t indiceAlerta) override;
 
     // ---- e-mail of the company's account (QZArmazemSQLEmail.cpp) ----
     [[nodiscard]] long GetEmailContaConfigurada(uint64_t* pIdConta, QZModulo modulo) override;

@@ -61,11 +61,48 @@ long CQZArmazemSQL::EnviaEmail(const CQZDadosGT_Email& email, CQZDadosGT_Erro* p
         CQZResultadoEnvio resultado;
         long r = transporte->Envia(mensagem, resultado);
         m_sUltimaRespostaEmail = resultado.resposta;
+        // Every message a transport saw is logged, sent or refused. A log
+        // that cannot be written fails the sending: the caller then sends it
+        // again rather than losing the trace of a message.
+        CQZDadosGT_EnvioEmail registro;
+        registro.SetDmaHmsEnvio(m_pRelogio->Agora())
+            .SetPonteiroPlano(email.GetOrigem().ulPonteiroPlano)
+            .SetIndiceAlerta(email.GetOrigem().ulIndiceAlerta)
+            .SetPonteiroTecnico(email.GetOrigem().ulPonteiroTecnico)
+            .SetEndereco(email.GetDestinatarios())
+            .SetAssunto(email.GetAssunto())
+            .SetRespostaTransporte(CString(resultado.resposta))
+            .SetSituacao(r == 0 ? E_GT_SITUACAO_ENVIO_EMAIL_ENVIADO : E_GT_SITUACAO_ENVIO_EMAIL_FALHOU)
+            .SetErro(CString(resultado.erro));
+        const long hrLog =
+            m_banco.EmTransacao(qzsql::EModoTransacao::ESCRITA, [&] { return InsereLinha(registro, true); });
         if (r != 0)
             m_erro.SetErro(r, QZ_MODULO_CONEXAO, kMensagemEmail, "Falha ao enviar e-mail para %s: %s",
                            mensagem.destinatario.c_str(), resultado.erro.c_str());
-        return r;
+        return r != 0 ? r : hrLog;
     });
     if (hr != 0 && pDetalhes) pDetalhes->SetErro(m_erro);
     return hr;
+}
+
+long CQZArmazemSQL::AtualizaDataHoraEnvioAlerta(uint32_t ponteiroPlano, uint32_t indiceAlerta) {
+    return EmTransacao("AtualizaDataHoraEnvioAlerta", [&]() -> long {
+        GarantaTabela<CQZDadosPX_Plano>();
+        const qzsql::Tabela& t = qzsql::EsquemaDe<CQZDadosPX_Plano>();
+        const qzsql::Tabela* alertas = nullptr;
+        for (const auto& f : t.filhas)
+            if (f.nome == t.nome + "__Alerta") alertas = &f;
+        // Only the alert's row changes: the plan's lists and save stamp stay.
+        qzsql::CQZComando c(m_banco, "UPDATE \"" + alertas->nome +
+                                         "\" SET \"DmaHmsUltimoEnvio\" = ? WHERE pai = ? AND ordem = ?");
+        c.Liga(1, static_cast<int64_t>(m_pRelogio->Agora().ullValor));
+        c.Liga(2, ponteiroPlano).Liga(3, indiceAlerta);
+        c.Passo();
+        if (sqlite3_changes(m_banco.Db()) != 1)
+            throw qzsql::Falha{QZ_E_REGISTRO_NAO_ENCONTRADO, 2,
+                               "O plano " + std::to_string(ponteiroPlano) + " não tem o alerta " +
+                                   std::to_string(indiceAlerta) + "."};
+        Alterou(t, ponteiroPlano);
+        return 0;
+    });
 }

@@ -12,5 +12,8 @@
     [[nodiscard]] virtual long LeBuffer##Nome(Chave chave, Registro* pDados, uint64_t flags = 0) = 0;
 #define QZ_OP_LE_BUFFER_UNICO(Nome, Registro) \
     [[nodiscard]] virtual long LeBuffer##Nome(Registro* pDados, uint64_t flags = 0) = 0;
+#define QZ_OP_LE_VARIOS(Nome, Registro, Chave, Flags)                                                          \
+    [[nodiscard]] virtual long Le##Nome(int64_t quantidade, const Chave* pChaves, CQZVector<Registro>& registros, \
+                                        Flags flags = 0) = 0;
 #define QZ_OP_ITEM_LISTA(Nome, Registro, Chave, Lista, Elemento, Item, Campo) \
     [[nodiscard]] virtual long Buscar##Nome(Chave chave, Item item, Elemento* pDados) = 0;

@@ -6,3 +6,4 @@
 #undef QZ_OP_LE_BUFFER
 #undef QZ_OP_LE_BUFFER_UNICO
 #undef QZ_OP_ITEM_LISTA
+#undef QZ_OP_LE_VARIOS

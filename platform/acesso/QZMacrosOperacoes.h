@@ -18,6 +18,9 @@
 #ifndef QZ_OP_LE_BUFFER_UNICO
 #define QZ_OP_LE_BUFFER_UNICO(Nome, Registro)
 #endif
+#ifndef QZ_OP_LE_VARIOS
+#define QZ_OP_LE_VARIOS(Nome, Registro, Chave, Flags)
+#endif
 #ifndef QZ_OP_ITEM_LISTA
 #define QZ_OP_ITEM_LISTA(Nome, Registro, Chave, Lista, Elemento, Item, Campo)
 #endif

@@ -68,9 +68,19 @@ private:
     std::string m_conteudo;
 };
 
+// What a message is about, for the delivery log: the plan, the alert (its
+// index in the plan's list) and the technician it warns; 0 when not known.
+struct CQZOrigemEmail {
+    uint32_t ulPonteiroPlano = 0;
+    uint32_t ulIndiceAlerta = 0;
+    uint32_t ulPonteiroTecnico = 0;
+};
+
 // A message: subject and recipients as text (Windows-1252), and its body.
 class CQZDadosGT_Email {
 public:
+    void SetOrigem(const CQZOrigemEmail& origem) { m_origem = origem; }
+    const CQZOrigemEmail& GetOrigem() const { return m_origem; }
     void SetAssunto(const CString& assunto) { m_sAssunto = assunto; }
     const CString& GetAssunto() const { return m_sAssunto; }
     void SetDestinatarios(const CString& destinatarios) { m_sDestinatarios = destinatarios; }
@@ -82,4 +92,31 @@ private:
     CString m_sAssunto;
     CString m_sDestinatarios;
     CQZDadosGT_EmailAnexo m_corpo;
+    CQZOrigemEmail m_origem;
+};
+
+// Situations of a message in the delivery log.
+enum _E_GT_SITUACAO_ENVIO_EMAIL : uint8_t {
+    E_GT_SITUACAO_ENVIO_EMAIL_ENVIADO = 1,  // the transport took it
+    E_GT_SITUACAO_ENVIO_EMAIL_FALHOU = 2,   // refused or not delivered to the transport
+};
+
+// The delivery log: one line per message handed to a transport, written by
+// the enterprise service as it sends. The server's reply is kept as text
+// (the SMTP answer, or the file an outbox wrote).
+#define CAMPOS_GT_ENVIO_EMAIL(CAMPO, LISTA)      \
+    CAMPO(REG_QZDMAHMSUTC, DmaHmsEnvio, QZ_IDX)  \
+    CAMPO(uint32_t, PonteiroPlano, 0)            \
+    CAMPO(uint32_t, IndiceAlerta, 0)             \
+    CAMPO(uint32_t, PonteiroTecnico, 0)          \
+    CAMPO(CString, Endereco, 0)                  \
+    CAMPO(CString, Assunto, 0)                   \
+    CAMPO(CString, RespostaTransporte, 0)        \
+    CAMPO(uint8_t, Situacao, 0)                  \
+    CAMPO(CString, Erro, 0)
+
+class CQZDadosGT_EnvioEmail : public TQZBaseParaDados {
+    QZ_REGISTRO(CQZDadosGT_EnvioEmail, CAMPOS_GT_ENVIO_EMAIL)
+public:
+    QZModulo OnGetModulo() const override { return QZ_MODULO_GT; }
 };

@@ -4,7 +4,10 @@
 // them.
 #pragma once
 
+#include <cstring>
+
 #include "platform/records/PXCriterios.h"
+#include "platform/records/QZLeituraListas.h"
 
 // The link of a maintenance plan to a resource, with when the resource is
 // next due under it: a date, and the counter cycles left (negative when the
@@ -43,6 +46,7 @@ public:
     CAMPO(CString, Descricao, 0)                          \
     CAMPO(uint8_t, TipoClassificacao, QZ_IDX)             \
     CAMPO(uint8_t, Tipo, 0)                               \
+    CAMPO(uint32_t, PonteiroTipoRecurso, 0)               \
     CAMPO(uint8_t, Inativo, 0)                            \
     CAMPO(uint16_t, PonteiroFilial, 0)                    \
     CAMPO(uint32_t, PonteiroUnidadeMedidaContador, 0)     \
@@ -59,6 +63,34 @@ public:
     const CQZDadosGT_RecursoPlanoManutencao& GetPlanoManutencao(int64_t i) const {
         return GetConstRefPlanoManutencao(i);
     }
+};
+
+// Lists a read of resources loads: GT_LER_RECURSO_PLANOS the plan links,
+// GT_LER_RECURSO_GARANTIAS the warranties. A read with neither bit (0, 1, the
+// buffered reads) loads both.
+constexpr uint64_t GT_LER_RECURSO_PLANOS = 4;
+constexpr uint64_t GT_LER_RECURSO_GARANTIAS = 8;
+template <>
+struct QZLeituraListas<CQZDadosGT_Recurso> {
+    static bool LeLista(uint64_t flags, const char* lista) {
+        if ((flags & (GT_LER_RECURSO_PLANOS | GT_LER_RECURSO_GARANTIAS)) == 0 || flags == QZ_LER_TUDO) return true;
+        if (std::strcmp(lista, "PlanoManutencao") == 0) return (flags & GT_LER_RECURSO_PLANOS) != 0;
+        if (std::strcmp(lista, "RecursoGarantia") == 0) return (flags & GT_LER_RECURSO_GARANTIAS) != 0;
+        return true;
+    }
+};
+
+// The register of resource types (lathe, forklift, compressor, ...) a
+// resource names through PonteiroTipoRecurso.
+#define CAMPOS_GT_TIPO_RECURSO(CAMPO, LISTA) \
+    CAMPO(CString, Codigo, 0)                \
+    CAMPO(CString, Descricao, 0)             \
+    CAMPO(REG_QZDMAHMSUTC, DmaHmsAtualizacao, QZ_CARIMBO)
+
+class CQZDadosGT_TipoRecurso : public TQZBaseParaDados {
+    QZ_REGISTRO(CQZDadosGT_TipoRecurso, CAMPOS_GT_TIPO_RECURSO)
+public:
+    QZModulo OnGetModulo() const override { return QZ_MODULO_GT; }
 };
 
 // The classification part of an enterprise filter: SetApenasAnalitico(1)
@@ -79,10 +111,13 @@ private:
 };
 
 // SetPonteiroPlanoManutencao keeps the resources linked to that plan,
-// whether the link is active or not.
+// whether the link is active or not. SetFlagAtivoInativo(1) asks for active
+// and inactive resources alike, as every search of this filter gives them
+// (the caller judges each resource's state).
 #define CRITERIOS_GT_FILTRO_RECURSO(CRITERIO)           \
     CRITERIO(uint32_t, PonteiroPlanoManutencao)         \
-    CRITERIO(CQZDadosGT_FiltroClassificacao, FiltroClassificacao)
+    CRITERIO(CQZDadosGT_FiltroClassificacao, FiltroClassificacao) \
+    CRITERIO(uint8_t, FlagAtivoInativo)
 
 class CQZDadosGT_FiltroRecurso : public TQZBaseFiltro {
     QZ_FILTRO(CQZDadosGT_FiltroRecurso, CQZDadosGT_Recurso, CRITERIOS_GT_FILTRO_RECURSO)

@@ -11,6 +11,13 @@ class CQZDadosPX_TecnicoDisciplina : public TQZBaseParaDados {
     QZ_REGISTRO(CQZDadosPX_TecnicoDisciplina, CAMPOS_PX_TECNICO_DISCIPLINA)
 };
 
+// One e-mail address of a technician (the alert routine mails each one).
+#define CAMPOS_PX_TECNICO_EMAIL(CAMPO, LISTA) CAMPO(CString, Endereco, 0)
+
+class CQZDadosPX_TecnicoEmail : public TQZBaseParaDados {
+    QZ_REGISTRO(CQZDadosPX_TecnicoEmail, CAMPOS_PX_TECNICO_EMAIL)
+};
+
 #define CAMPOS_PX_TECNICO(CAMPO, LISTA)                   \
     CAMPO(CString, Codigo, QZ_IDX)                        \
     CAMPO(CString, Nome, 0)                               \
@@ -20,7 +27,8 @@ class CQZDadosPX_TecnicoDisciplina : public TQZBaseParaDados {
     CAMPO(uint16_t, PonteiroUsuario, QZ_IDX)              \
     CAMPO(uint8_t, Inativo, QZ_IDX)                       \
     CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO)    \
-    LISTA(CQZDadosPX_TecnicoDisciplina, Disciplina)
+    LISTA(CQZDadosPX_TecnicoDisciplina, Disciplina)       \
+    LISTA(CQZDadosPX_TecnicoEmail, Email)
 
 class CQZDadosPX_Tecnico : public TQZBaseParaDados {
     QZ_REGISTRO(CQZDadosPX_Tecnico, CAMPOS_PX_TECNICO)
@@ -40,7 +48,9 @@ class CQZDadosPX_Tecnico : public TQZBaseParaDados {
     CRITERIO(uint8_t, TipoClassificacaoAnalitico)    \
     CRITERIO(uint32_t, PonteiroPai)                  \
     CRITERIO(uint32_t, ValorUnicoDisciplina)         \
-    CRITERIO(uint8_t, FiltrarDisciplinaExata)
+    CRITERIO(uint8_t, FiltrarDisciplinaExata)        \
+    CRITERIO(uint8_t, Inativo)                       \
+    CRITERIO(uint8_t, TodosDescendentes)
 
 class CQZDadosPX_FiltroTecnico : public TQZBaseFiltro {
     QZ_FILTRO(CQZDadosPX_FiltroTecnico, CQZDadosPX_Tecnico, CRITERIOS_PX_FILTRO_TECNICO)
@@ -51,7 +61,13 @@ public:
         c.Igual("PonteiroUsuario", m_critPonteiroUsuario);
         if (m_critAtivo.value_or(0) != 0) c.Igual("Inativo", uint8_t{0});
         if (m_critTipoClassificacaoAnalitico.value_or(0) != 0) c.Igual("TipoClassificacao", PX_CLASSIFICACAO_ANALITICO);
-        PXCondicaoPai(c, m_critPonteiroPai, classificacao);
+        c.Igual("Inativo", m_critInativo);
+        // Every technician under the parent, at any depth (the parent itself
+        // is not one of them).
+        if (m_critTodosDescendentes.value_or(0) != 0 && m_critPonteiroPai && !classificacao)
+            c.Descendentes("PonteiroPai", *m_critPonteiroPai);
+        else
+            PXCondicaoPai(c, m_critPonteiroPai, classificacao);
         if (m_critValorUnicoDisciplina) c.ListaContem("Disciplina", "PonteiroDisciplina", *m_critValorUnicoDisciplina);
     }
 };

@@ -23,3 +23,4 @@
 #include "platform/records/PXTarefa.h"
 #include "platform/records/PXCamposPersonalizados.h"
 #include "platform/records/GTEmail.h"
+#include "platform/records/GTUnidadeMedida.h"

@@ -4,7 +4,8 @@
 Prints {"porta": N} when it listens, then one JSON line per message it
 accepts: envelope, login, raw bytes (base64) and what Python's e-mail package
 reads in them (subject, charset, decoded body). Answers a chosen code to
-RCPT or DATA instead when asked. Stops when its standard input closes, or by
+RCPT or DATA instead when asked (to DATA of every message, or of the Nth
+one only). Stops when its standard input closes, or by
 itself after a minute.
 """
 import argparse
@@ -25,9 +26,11 @@ def escreve(obj):
 
 
 class Tratador:
-    def __init__(self, recusa_rcpt, recusa_data):
+    def __init__(self, recusa_rcpt, recusa_data, recusa_so_a=0):
         self.recusa_rcpt = recusa_rcpt
         self.recusa_data = recusa_data
+        self.recusa_so_a = recusa_so_a
+        self.mensagens = 0
         self.login = None
 
     async def handle_RCPT(self, server, session, envelope, address, rcpt_options):
@@ -37,7 +40,8 @@ class Tratador:
         return "250 OK"
 
     async def handle_DATA(self, server, session, envelope):
-        if self.recusa_data:
+        self.mensagens += 1
+        if self.recusa_data and (self.recusa_so_a == 0 or self.recusa_so_a == self.mensagens):
             return self.recusa_data
         bruto = envelope.original_content or envelope.content
         msg = email.message_from_bytes(bruto)
@@ -60,8 +64,9 @@ def main():
     p = argparse.ArgumentParser()
     p.add_argument("--recusa-rcpt", default="")
     p.add_argument("--recusa-data", default="")
+    p.add_argument("--recusa-so-a", type=int, default=0)
     a = p.parse_args()
-    tratador = Tratador(a.recusa_rcpt, a.recusa_data)
+    tratador = Tratador(a.recusa_rcpt, a.recusa_data, a.recusa_so_a)
 
     def autentica(server, session, envelope, mechanism, auth_data):
         tratador.login = [auth_data.login.decode(), auth_data.password.decode()]

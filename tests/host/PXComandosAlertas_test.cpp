@@ -1,0 +1,227 @@
+// The alert service as a new user meets it: the demo plant previewed, run,
+// run again and logged; a failed run's exit; the daemon's scheduler.
+#include <dirent.h>
+#include <sys/stat.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <map>
+#include <fstream>
+#include <mutex>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <sstream>
+#include <thread>
+
+#include "host/PXAgendador.h"
+#include "host/PXComandos.h"
+
+namespace {
+
+struct Resultado {
+    int codigo;
+    std::string saida, erros;
+    nlohmann::json json() const { return nlohmann::json::parse(saida); }
+};
+
+std::vector<std::string> Arquivos(const std::string& pasta) {
+    std::vector<std::string> nomes;
+    if (DIR* d = opendir(pasta.c_str())) {
+        while (dirent* e = readdir(d))
+            if (e->d_name[0] != '.') nomes.push_back(e->d_name);
+        closedir(d);
+    }
+    std::sort(nomes.begin(), nomes.end());
+    return nomes;
+}
+
+void Apaga(const std::string& pasta) {
+    for (const auto& n : Arquivos(pasta)) std::remove((pasta + "/" + n).c_str());
+    rmdir(pasta.c_str());
+}
+
+}  // namespace
+
+class PXComandosAlertasTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        m_base = ::testing::TempDir() + "pxlreg_alertas_" + std::to_string(getpid()) + "_" +
+                 ::testing::UnitTest::GetInstance()->current_test_info()->name();
+        m_log = m_base + ".log";
+        ASSERT_EQ(0, setenv("PXLREG_LOG", m_log.c_str(), 1));
+        Limpa();
+    }
+    void TearDown() override {
+        Limpa();
+        unsetenv("PXLREG_LOG");
+    }
+    void Limpa() {
+        for (const char* s : {".db", ".db-wal", ".db-shm", ".log"}) std::remove((m_base + s).c_str());
+        for (const char* s : {".db.saida", ".db.modelos", ".corpos"}) Apaga(m_base + s);
+    }
+    Resultado Roda(std::vector<std::string> args) {
+        args.insert(args.begin(), "pxlreg");
+        std::istringstream entrada;
+        std::ostringstream saida, erros;
+        const int codigo = PXLinhaComando(args, entrada, saida, erros);
+        return {codigo, saida.str(), erros.str()};
+    }
+    std::string Armazem() const { return m_base + ".db"; }
+    std::string m_base, m_log;
+};
+
+TEST_F(PXComandosAlertasTest, TheDemoPlantIsPreviewedRunOnceAndThenHasNothingLeftToSend) {
+    ASSERT_EQ(0, Roda({"init", "--demo", Armazem()}).codigo);
+    const std::string corpos = m_base + ".corpos";
+    auto r = Roda({"--json", "alerts", "preview", Armazem(), "--out", corpos});
+    ASSERT_EQ(0, r.codigo) << r.erros << r.saida;
+    const auto previa = r.json();
+    std::set<std::string> alertas;
+    size_t mensagens = 0;
+    for (const auto& a : previa["alerts"]) {
+        alertas.insert(a["plan"].get<std::string>() + "/" + a["alert_plan"].get<std::string>() + "#" +
+                       std::to_string(a["alert"].get<int>()));
+        EXPECT_FALSE(a["due"].empty()) << a.dump();
+        for (const auto& d : a["due"]) EXPECT_FALSE(d["reason"].get<std::string>().empty());
+        mensagens += a["messages"].size();
+    }
+    // Before by days and by counter, after by days and by counter, and the
+    // press's lubrication plan inheriting the press plan's alerts.
+    const std::set<std::string> esperados{"PREV-INJ/PREV-INJ#1", "PREV-CMP/PREV-CMP#1", "PREV-PRE/PREV-PRE#1",
+                                          "PREV-PRE/PREV-PRE#2", "PREV-PRE-LUB/PREV-PRE#1", "PREV-PRE-LUB/PREV-PRE#2"};
+    EXPECT_EQ(esperados, alertas);
+    // The mechanics' group and Ana named again: João once, Ana once (her
+    // empty address skipped), per alert that names them.
+    EXPECT_EQ(9u, mensagens);
+    EXPECT_EQ(9u, Arquivos(corpos).size());
+    EXPECT_TRUE(Arquivos(Armazem() + ".saida").empty());
+
+    r = Roda({"--json", "alerts", "run", Armazem()});
+    ASSERT_EQ(0, r.codigo) << r.erros << r.saida;
+    EXPECT_TRUE(r.json()["ok"].get<bool>());
+    EXPECT_EQ(9u, r.json()["messages"].size());
+    const auto eml = Arquivos(Armazem() + ".saida");
+    ASSERT_EQ(9u, eml.size());
+    for (const auto& n : eml) EXPECT_EQ(".eml", n.substr(n.size() - 4)) << n;
+    std::ifstream primeiro(Armazem() + ".saida/" + eml[0], std::ios::binary);
+    const std::string bytes((std::istreambuf_iterator<char>(primeiro)), {});
+    EXPECT_NE(std::string::npos, bytes.find("Subject: =?"));
+    EXPECT_NE(std::string::npos, bytes.find("charset=windows-1252"));
+
+    // Nothing repeats yet: a second run at once sends nothing.
+    r = Roda({"--json", "alerts", "run", Armazem()});
+    ASSERT_EQ(0, r.codigo) << r.erros;
+    EXPECT_TRUE(r.json()["messages"].empty());
+    EXPECT_EQ(9u, Arquivos(Armazem() + ".saida").size());
+    r = Roda({"--json", "alerts", "preview", Armazem()});
+    ASSERT_EQ(0, r.codigo);
+    EXPECT_TRUE(r.json()["alerts"].empty());
+
+    // The log holds the nine, and none from before today.
+    r = Roda({"alerts", "log", Armazem(), "--since", "2000-01-01"});
+    ASSERT_EQ(0, r.codigo) << r.erros;
+    EXPECT_EQ(9, std::count(r.saida.begin(), r.saida.end(), '\n'));
+    r = Roda({"--json", "alerts", "log", Armazem(), "--since", "2800-01-01 00:00"});
+    ASSERT_EQ(0, r.codigo) << r.erros;
+    EXPECT_TRUE(r.saida.empty());
+}
+
+TEST_F(PXComandosAlertasTest, AFailedRunExitsOneWithTheRoutinesCodeAndText) {
+    ASSERT_EQ(0, Roda({"init", Armazem()}).codigo);
+    auto r = Roda({"--json", "alerts", "run", Armazem()});
+    ASSERT_EQ(1, r.codigo) << r.erros;
+    const auto j = r.json();
+    EXPECT_FALSE(j["ok"].get<bool>());
+    EXPECT_EQ("0x80040A68", j["error"]["code"]);
+    EXPECT_EQ(1110, j["error"]["id"]);
+    EXPECT_NE(std::string::npos, j["error"]["text"].get<std::string>().find("Nenhuma conta de e-mail configurada"));
+
+    struct Caso {
+        std::vector<std::string> args;
+        int codigo;
+    };
+    const Caso casos[] = {
+        {{"alerts", "preview", Armazem(), "--at", "2026-02-30 10:00"}, 2},
+        {{"alerts", "preview", Armazem(), "--at", "amanhã"}, 2},
+        {{"alerts", "log", Armazem(), "--since", "10/03/2026"}, 2},
+        {{"alerts", "run", m_base + ".nao-existe.db"}, 2},
+        {{"alerts", "preview", Armazem(), "--at", "2026-03-10 10:00"}, 0},
+        {{"alerts", "log", Armazem(), "--since", "2026-03-10"}, 0},
+    };
+    for (const auto& c : casos) EXPECT_EQ(c.codigo, Roda(c.args).codigo) << ::testing::PrintToString(c.args);
+}
+
+class PXAgendadorTest : public PXComandosAlertasTest {
+protected:
+    std::vector<nlohmann::json> Linhas() {
+        std::lock_guard<std::mutex> trava(m_mutex);
+        std::vector<nlohmann::json> j;
+        for (const auto& l : m_linhas) j.push_back(nlohmann::json::parse(l));
+        return j;
+    }
+    std::function<void(const std::string&)> Coleta() {
+        return [this](const std::string& l) {
+            std::lock_guard<std::mutex> trava(m_mutex);
+            m_linhas.push_back(l);
+        };
+    }
+    std::mutex m_mutex;
+    std::vector<std::string> m_linhas;
+};
+
+TEST_F(PXAgendadorTest, EachCompanyRunsOnItsOwnAThrowIsLoggedAndTheNextRunProceedsUntilStopped) {
+    ASSERT_EQ(0, Roda({"init", "--demo", Armazem()}).codigo);
+    // The demo plant's account serves every company of the store; a run
+    // that throws is what a broken template folder gives.
+    Apaga(Armazem() + ".modelos");
+    ASSERT_EQ(0, mkdir((Armazem() + ".modelos").c_str(), 0755));
+    ASSERT_EQ(0, mkdir((Armazem() + ".modelos/alerta-plano.html").c_str(), 0755));
+    CPXAgendador agendador(Armazem(), {"A", "B"}, Coleta());
+    agendador.DefineIntervalo(50);
+    ASSERT_TRUE(agendador.Inicia());
+    const auto limite = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (agendador.Execucoes() < 6 && std::chrono::steady_clock::now() < limite)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    const auto antes = std::chrono::steady_clock::now();
+    agendador.Para();
+    EXPECT_LT(std::chrono::steady_clock::now() - antes, std::chrono::seconds(2));
+    ASSERT_GE(agendador.Execucoes(), 6);
+    std::map<std::string, std::vector<std::string>> eventos;
+    for (const auto& l : Linhas()) {
+        eventos[l["empresa"]].push_back(l["evento"]);
+        if (l["evento"] == "falha") {
+            EXPECT_EQ("0x80040A65", l["codigo"]);
+            EXPECT_EQ(1113, l["id"]);
+            EXPECT_EQ("Falha ao ler o modelo de e-mail", l["texto"]);
+        }
+    }
+    for (const char* empresa : {"A", "B"}) {
+        SCOPED_TRACE(empresa);
+        const auto& e = eventos[empresa];
+        ASSERT_GE(e.size(), 3u);
+        EXPECT_EQ("inicio", e.front());
+        EXPECT_EQ("fim", e.back());
+        EXPECT_GE(std::count(e.begin(), e.end(), "falha"), 2);
+    }
+}
+
+TEST_F(PXAgendadorTest, AStopDuringTheWaitEndsAtOnce) {
+    ASSERT_EQ(0, Roda({"init", "--demo", Armazem()}).codigo);
+    CPXAgendador agendador(Armazem(), {"EMPRESA"}, Coleta());
+    ASSERT_TRUE(agendador.Inicia());
+    const auto limite = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (agendador.Execucoes() < 1 && std::chrono::steady_clock::now() < limite)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_EQ(1, agendador.Execucoes());
+    // Now inside the routine's five minutes.
+    const auto antes = std::chrono::steady_clock::now();
+    agendador.Para();
+    EXPECT_LT(std::chrono::steady_clock::now() - antes, std::chrono::seconds(2));
+    const auto linhas = Linhas();
+    ASSERT_EQ(3u, linhas.size());
+    EXPECT_EQ(300000, linhas[0]["intervalo_ms"]);
+    EXPECT_EQ("0x00000000", linhas[1]["status"]);
+    EXPECT_EQ(9u, Arquivos(Armazem() + ".saida").size());
+}
