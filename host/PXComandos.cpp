@@ -1,10 +1,14 @@
 #include "host/PXComandos.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
+#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <map>
@@ -122,13 +126,23 @@ private:
     ::Json m_obj;
 };
 
+// SQLite reads some names as something other than a file: an in-memory
+// database, a URI with its own options. A store is always a file.
+const std::string& CaminhoArmazem(const std::string& caminho) {
+    if (caminho.empty()) Erro("o nome do armazém está vazio.");
+    if (caminho == ":memory:" || caminho.rfind("file:", 0) == 0)
+        Erro("\"" + pxjson::Trecho(caminho) + "\" não é o caminho de um arquivo de armazém (para um arquivo com esse nome, use ./" +
+                 pxjson::Trecho(caminho) + ").");
+    return caminho;
+}
+
 // A store opened for a command: its company registered with a factory of
 // connections to it (every routine object opens its own), and a connection
 // of the command's own for what it reads and writes outside the rules.
 class Sessao {
 public:
     Sessao(const Opcoes& o, QZModoAbertura modo)
-        : m_fabrica(std::make_shared<CQZFabricaArmazemSQL>(o.armazem, QZ_ABRE_EXISTENTE, o.esperaMs)) {
+        : m_fabrica(std::make_shared<CQZFabricaArmazemSQL>(CaminhoArmazem(o.armazem), QZ_ABRE_EXISTENTE, o.esperaMs)) {
         CQZDadosGT_Erro erro;
         // The first connection creates the store when asked to.
         m_armazem = std::make_unique<CQZArmazemSQL>(o.armazem, modo, o.esperaMs);
@@ -160,26 +174,107 @@ private:
     CPXSessao m_sessao;
 };
 
+// The input of a command: standard input for "-", else the file, which must
+// be a regular file (a folder opens, and reads as empty).
+class Entrada {
+public:
+    Entrada(const std::string& arquivo, std::istream& padrao) : m_nome(arquivo == "-" ? "a entrada padrão" : arquivo) {
+        if (arquivo == "-") {
+            m_in = &padrao;
+            return;
+        }
+        struct stat st {};
+        if (::stat(arquivo.c_str(), &st) != 0)
+            Erro("não foi possível ler o arquivo " + arquivo + ": " + std::strerror(errno) + ".", 0, {});
+        if (S_ISDIR(st.st_mode)) Erro(arquivo + " é uma pasta, não um arquivo.");
+        m_arquivo.open(arquivo, std::ios::binary);
+        if (!m_arquivo) Erro("não foi possível ler o arquivo " + arquivo + ".");
+        m_in = &m_arquivo;
+    }
+    std::istream& Fluxo() { return *m_in; }
+    // Fills `bloco`; false at the end. A read error is an error, not the end.
+    bool Le(char* bloco, size_t tamanho, size_t& lidos) {
+        m_in->read(bloco, static_cast<std::streamsize>(tamanho));
+        lidos = static_cast<size_t>(m_in->gcount());
+        if (m_in->bad()) Erro("não foi possível ler " + m_nome + ".");
+        return lidos > 0;
+    }
+
+private:
+    std::string m_nome;
+    std::ifstream m_arquivo;
+    std::istream* m_in = nullptr;
+};
+
 // The whole input, refused as soon as it passes `maximo` bytes: a huge input
 // is never held whole only to be refused.
-std::string LeEntrada(const std::string& arquivo, std::istream& entrada, size_t maximo = std::string::npos) {
-    std::ifstream f;
-    std::istream* in = &entrada;
-    if (arquivo != "-") {
-        f.open(arquivo, std::ios::binary);
-        if (!f) Erro("não foi possível ler o arquivo " + arquivo + ".");
-        in = &f;
-    }
+std::string LeEntrada(const std::string& arquivo, std::istream& padrao, size_t maximo) {
+    Entrada entrada(arquivo, padrao);
     std::string texto;
     char bloco[1 << 16];
-    while (in->read(bloco, sizeof bloco) || in->gcount() > 0) {
-        texto.append(bloco, static_cast<size_t>(in->gcount()));
+    for (size_t lidos; entrada.Le(bloco, sizeof bloco, lidos);) {
+        texto.append(bloco, lidos);
         if (texto.size() > maximo)
             Erro("a entrada passa de " + std::to_string(maximo) + " bytes, o limite de um registro (--max-line).");
     }
-    if (in->bad()) Erro("não foi possível ler " + (arquivo == "-" ? std::string("a entrada padrão") : arquivo) + ".");
     return texto;
 }
+
+// The lines of an input, one at a time: at most one line and one block are
+// held, and a line is refused as soon as it passes `maximo` bytes.
+class LeitorLinhas {
+public:
+    LeitorLinhas(Entrada& entrada, size_t maximo) : m_entrada(entrada), m_maximo(maximo), m_bloco(1 << 20) {}
+    // The next line, without its '\n'; false at the end of the input. The
+    // view lasts until the next call.
+    bool Proxima(std::string_view& linha) {
+        m_linha.clear();
+        bool emLinha = false;
+        for (;;) {
+            if (m_pos == m_tam) {
+                m_pos = 0;
+                if (!m_entrada.Le(m_bloco.data(), m_bloco.size(), m_tam)) {
+                    m_tam = 0;
+                    if (!emLinha) return false;
+                    ++m_numero;
+                    linha = m_linha;
+                    return true;
+                }
+            }
+            emLinha = true;
+            const char* inicio = m_bloco.data() + m_pos;
+            const size_t resta = m_tam - m_pos;
+            const auto* fim = static_cast<const char*>(std::memchr(inicio, '\n', resta));
+            const size_t n = fim ? static_cast<size_t>(fim - inicio) : resta;
+            if (m_linha.size() + n > m_maximo)
+                Erro("linha de mais de " + std::to_string(m_maximo) + " bytes, além do limite de " +
+                         std::to_string(m_maximo) + " (--max-line)",
+                     m_numero + 1);
+            m_pos += n;
+            if (fim) {
+                ++m_pos;
+                ++m_numero;
+                // A line whole in the block is not copied.
+                linha = m_linha.empty() ? std::string_view(inicio, n) : std::string_view(m_linha.append(inicio, n));
+                return true;
+            }
+            m_linha.append(inicio, n);
+        }
+    }
+    long Numero() const { return m_numero; }
+
+private:
+    Entrada& m_entrada;
+    size_t m_maximo;
+    std::vector<char> m_bloco;
+    size_t m_pos = 0, m_tam = 0;
+    std::string m_linha;
+    long m_numero = 0;
+};
+
+// Output that could not be written (a full disk, a closed pipe): reported
+// on standard error, since the output itself is what failed.
+struct CPXErroSaida {};
 
 const IPXTipoHost& TipoOuErro(const std::string& nome) {
     if (const IPXTipoHost* t = PXBuscaTipoHost(nome)) return *t;
@@ -224,30 +319,59 @@ int64_t ChaveDoArgumento(const IPXTipoHost& tipo, const std::string& texto) {
 
 // ---- commands ---------------------------------------------------------------
 
+// Whether `caminho` is still the file this process created.
+bool MesmoArquivo(const std::string& caminho, const struct stat& criado) {
+    struct stat st {};
+    return ::lstat(caminho.c_str(), &st) == 0 && st.st_dev == criado.st_dev && st.st_ino == criado.st_ino;
+}
+
 int Init(const Opcoes& o, Saida& s) {
-    if (o.armazem != ":memory:" && access(o.armazem.c_str(), F_OK) == 0)
-        Erro("o armazém " + o.armazem + " já existe.");
+    const std::string& caminho = CaminhoArmazem(o.armazem);
+    struct stat st {};
+    if (::lstat(caminho.c_str(), &st) == 0) {
+        if (S_ISLNK(st.st_mode) && ::stat(caminho.c_str(), &st) != 0)
+            Erro(caminho + " é um link simbólico para um arquivo que não existe: o armazém não foi criado.");
+        Erro("o armazém " + caminho + " já existe.");
+    }
+    // Created exclusively: of two inits of one path one wins, and the other
+    // never touches the winner's file. A link is never followed.
+    const int fd = ::open(caminho.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+    if (fd < 0) {
+        if (errno == EEXIST) Erro("o armazém " + caminho + " já existe.");
+        Erro("não foi possível criar o armazém " + caminho + ": " + std::strerror(errno) + ".");
+    }
+    struct stat criado {};
+    const bool identificado = ::fstat(fd, &criado) == 0;
+    const int erroFstat = errno;
+    if (::close(fd) != 0 || !identificado) {
+        const int e = identificado ? errno : erroFstat;
+        if (identificado) ::unlink(caminho.c_str());
+        Erro("não foi possível criar o armazém " + caminho + ": " + std::strerror(e) + ".");
+    }
     size_t registros = 0;
     try {
         Sessao sessao(o, QZ_ABRE_OU_CRIA);
         if (o.demo) registros = PXImportaJsonLinhas(sessao.Armazem(), PXTextoDemo());
     } catch (...) {
-        // Nothing half-made is left behind: the file did not exist.
-        for (const char* sufixo : {"", "-wal", "-shm"}) std::remove((o.armazem + sufixo).c_str());
+        // Nothing half-made is left behind; only this process's own file is
+        // removed (SQLite removes its journal files when the store closes).
+        if (MesmoArquivo(caminho, criado)) ::unlink(caminho.c_str());
         throw;
     }
-    s.Objeto()["store"] = o.armazem;
+    if (!MesmoArquivo(caminho, criado))
+        Erro("o armazém " + caminho + " foi removido ou trocado por outro processo enquanto era criado.");
+    s.Objeto()["store"] = caminho;
     s.Objeto()["schema"] = CQZArmazemSQL::kVersaoEsquema;
     s.Objeto()["records"] = registros;
-    s.Linha("armazém criado: " + o.armazem + " (esquema " + std::to_string(CQZArmazemSQL::kVersaoEsquema) + ")");
+    s.Linha("armazém criado: " + caminho + " (esquema " + std::to_string(CQZArmazemSQL::kVersaoEsquema) + ")");
     if (o.demo) s.Linha("planta de demonstração: " + std::to_string(registros) + " registros");
     return kSaidaOk;
 }
 
-int Import(const Opcoes& o, std::istream& entrada, Saida& s) {
+int Import(const Opcoes& o, std::istream& padrao, Saida& s) {
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
-    const std::string texto = LeEntrada(o.arquivo, entrada);
-    size_t registros = PXImportaJsonLinhas(sessao.Armazem(), texto, o.limites);
+    Entrada entrada(o.arquivo, padrao);
+    const size_t registros = PXImportaJsonLinhas(sessao.Armazem(), entrada.Fluxo(), o.limites);
     s.Objeto()["records"] = registros;
     s.Linha(std::to_string(registros) + " registros importados");
     return kSaidaOk;
@@ -261,29 +385,35 @@ int Export(const Opcoes& o, std::ostream& saida) {
         for (const auto& t : PXTiposHost()) tipos.push_back(t.get());
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
     CQZArmazemSQL& a = sessao.Armazem();
-    std::string linhas, falha;
+    std::string falha, linha;
+    bool saidaFalhou = false;
     // One read transaction: the export is one moment of the store, and it
-    // never waits for a writer.
+    // never waits for a writer. Each line goes out as it is read.
     long hr = a.EmLeitura("Exporta", [&]() -> long {
         for (const IPXTipoHost* t : tipos) {
             std::vector<int64_t> chaves;
             if (long r = t->Chaves(a, chaves)) return r;
+            auto reg = t->Novo();
             for (int64_t chave : chaves) {
-                auto reg = t->Novo();
                 if (long r = t->Le(a, chave, *reg)) return r;
                 try {
-                    linhas += t->ParaJson(*reg).dump(-1, ' ', false) + '\n';
+                    linha = t->ParaJson(*reg).dump(-1, ' ', false);
                 } catch (const CPXErroJson& e) {
                     falha = std::string(t->Nome()) + " na chave " + std::to_string(chave) + ": " + e.what();
                     return QZ_E_REGISTRO_INVALIDO;
+                }
+                linha += '\n';
+                if (!saida.write(linha.data(), static_cast<std::streamsize>(linha.size()))) {
+                    saidaFalhou = true;
+                    return QZ_E_INESPERADO;
                 }
             }
         }
         return 0;
     });
+    if (saidaFalhou) throw CPXErroSaida{};
     if (!falha.empty()) Erro(falha);
     if (hr != 0) Erro(TextoServico(a.GetErro()));
-    saida << linhas;
     return kSaidaOk;
 }
 
@@ -297,6 +427,17 @@ int Save(const Opcoes& o, std::istream& entrada, Saida& s) {
     auto reg = Registro(tipo, j, 0);
     if (!tipo.Tratador(*reg))
         Erro(std::string("o tipo ") + tipo.Nome() + " não tem regras de gravação: carregue-o com import.");
+    // A key names a stored record to change: one that is not there is bad
+    // input, not a save the rules refuse.
+    if (const int64_t chave = tipo.ChaveInformada(*reg)) {
+        auto gravado = tipo.Novo();
+        const long hr = tipo.Le(sessao.Armazem(), chave, *gravado);
+        if (hr == QZ_E_REGISTRO_NAO_ENCONTRADO)
+            Erro(std::string("não há ") + tipo.Nome() + " na chave " + pxjson::Trecho(j[tipo.CampoChave()].dump()) +
+                     " para alterar; para incluir um registro, omita o campo.",
+                 0, tipo.CampoChave());
+        if (hr != 0) Erro(TextoServico(sessao.Armazem().GetErro()));
+    }
 
     CPXServicoRegistros servico(sessao.Host());
     CPXResultadoRegistro resultado;
@@ -344,6 +485,9 @@ int Delete(const Opcoes& o, Saida& s) {
 }
 
 int Permissions(const Opcoes& o, Saida& s) {
+    if (o.tipoPermissao < CPXControlePermissoes::PX_PERMISSAO_CONFIGURACAO ||
+        o.tipoPermissao > CPXControlePermissoes::PX_PERMISSAO_ALTERAR_ITEM_INF_DOC_FISCAL)
+        Erro("KIND " + std::to_string(o.tipoPermissao) + " não é um tipo de permissão: os tipos vão de 1 a 29 (veja pxlreg help permissions).");
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
     CPXControlePermissoes controle;
     sessao.Inicializa(controle);
@@ -401,46 +545,54 @@ std::string U(const char* cp1252) { return Utf8(std::string(cp1252)); }
 
 }  // namespace
 
-size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view texto, const CPXLimitesJson& limites) {
-    struct Linha {
-        const IPXTipoHost* tipo;
-        std::unique_ptr<TQZBaseParaDados> reg;
-        long numero;
-    };
-    std::vector<Linha> linhas;
-    long numero = 0;
-    for (size_t inicio = 0; inicio < texto.size();) {
-        size_t fim = texto.find('\n', inicio);
-        if (fim == std::string_view::npos) fim = texto.size();
-        std::string_view l = texto.substr(inicio, fim - inicio);
-        inicio = fim + 1;
-        ++numero;
-        if (l.find_first_not_of(" \t\r") == std::string_view::npos) continue;
-        Json j = ParseJson(l, numero, limites);
-        if (!j.is_object()) Erro("esperava um objeto JSON", numero);
-        auto t = j.find("type");
-        if (t == j.end() || !t->is_string()) Erro("falta o tipo do registro", numero, "type");
-        const IPXTipoHost* tipo = PXBuscaTipoHost(t->get<std::string>());
-        if (!tipo || t->get<std::string>() != tipo->Nome())
-            Erro("tipo de registro desconhecido \"" + pxjson::Trecho(t->get<std::string>()) + "\"", numero, "type");
-        linhas.push_back({tipo, Registro(*tipo, j, numero), numero});
-    }
+size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::istream& entrada, const CPXLimitesJson& limites) {
+    size_t registros = 0;
     long linhaFalha = 0;
-    long hr = armazem.EmTransacao("Importa", [&]() -> long {
-        for (auto& l : linhas) {
-            if (long r = l.tipo->Restaura(armazem, *l.reg)) {
-                linhaFalha = l.numero;
+    // Read, checked and written line by line in one transaction: memory
+    // stays that of one line, and a failure anywhere leaves nothing.
+    const long hr = armazem.EmTransacao("Importa", [&]() -> long {
+        Entrada fonte("-", entrada);
+        LeitorLinhas leitor(fonte, limites.linha);
+        std::string_view l;
+        while (leitor.Proxima(l)) {
+            const long numero = leitor.Numero();
+            if (l.find_first_not_of(" \t\r") == std::string_view::npos) continue;
+            const Json j = ParseJson(l, numero, limites);
+            if (!j.is_object()) Erro("esperava um objeto JSON", numero);
+            auto t = j.find("type");
+            if (t == j.end() || !t->is_string()) Erro("falta o tipo do registro", numero, "type");
+            const IPXTipoHost* tipo = PXBuscaTipoHost(t->get<std::string>());
+            if (!tipo || t->get<std::string>() != tipo->Nome())
+                Erro("tipo de registro desconhecido \"" + pxjson::Trecho(t->get<std::string>()) + "\"", numero, "type");
+            auto reg = Registro(*tipo, j, numero);
+            if (long r = tipo->Restaura(armazem, *reg)) {
+                linhaFalha = numero;
                 return r;
             }
+            ++registros;
         }
         return 0;
     });
     if (hr != 0) Erro(TextoServico(armazem.GetErro()), linhaFalha);
-    return linhas.size();
+    return registros;
 }
 
-int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& entrada, std::ostream& saida,
-                   std::ostream& erros) {
+size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view texto, const CPXLimitesJson& limites) {
+    // The text read in place, without a copy.
+    struct Memoria : std::streambuf {
+        explicit Memoria(std::string_view t) {
+            char* p = const_cast<char*>(t.data());
+            setg(p, p, p + t.size());
+        }
+    } memoria(texto);
+    std::istream entrada(&memoria);
+    return PXImportaJsonLinhas(armazem, entrada, limites);
+}
+
+namespace {
+
+int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, std::ostream& saida,
+            std::ostream& erros) {
     TabelaDoComando tabela;
     Opcoes o;
     CLI::App app{U("pxlreg: as regras do módulo de manutenção sobre um armazém SQLite")};
@@ -492,7 +644,8 @@ int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& ent
     perm->add_option("KIND", o.tipoPermissao, U("a tela ou função (1 a 29)"))->required();
     perm->add_option("--user", o.usuario, U("código do usuário"))->required()->check(CLI::Range(0, 65535));
     perm->add_option("--company", o.empresa, U("empresa da sessão"));
-    const CPXComandoAdicional adicionais[] = {PXComandoContaEmail(app), PXComandoModelo(app)};
+    const CPXComandoAdicional adicionais[] = {PXComandoContaEmail(app), PXComandoModelo(app),
+                                              PXComandoVerifica(app)};
 
     std::vector<const char*> argv;
     for (const auto& a : argumentos) argv.push_back(a.c_str());
@@ -528,4 +681,23 @@ int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& ent
     } catch (const std::exception& e) {
         return s.Falha(CPXErroEntrada{std::string("falha inesperada: ") + e.what(), 0, {}});
     }
+}
+
+}  // namespace
+
+int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& entrada, std::ostream& saida,
+                   std::ostream& erros) {
+    int codigo;
+    try {
+        codigo = Comando(argumentos, entrada, saida, erros);
+    } catch (const CPXErroSaida&) {
+        codigo = kSaidaErro;
+        saida.setstate(std::ios::badbit);
+    }
+    // Output that was not all written fails the command, whatever it did:
+    // a cut export must never look complete.
+    if (saida.flush()) return codigo;
+    erros << "pxlreg: erro: " << Utf8(std::string("não foi possível escrever a saída (disco cheio, ou a saída foi fechada).")) << '\n';
+    erros.flush();
+    return kSaidaErro;
 }

@@ -16,3 +16,5 @@ struct CPXComandoAdicional {
 CPXComandoAdicional PXComandoContaEmail(CLI::App& app);
 // template check FILE: what an e-mail template will do.
 CPXComandoAdicional PXComandoModelo(CLI::App& app);
+// check STORE: SQLite's integrity check of a store.
+CPXComandoAdicional PXComandoVerifica(CLI::App& app);
