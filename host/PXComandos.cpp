@@ -8,13 +8,17 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <condition_variable>
+#include <deque>
 #include <cstring>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <sstream>
+#include <thread>
 
 #include "host/PXComandosAdicionais.h"
 #include "host/PXDadosEmbutidos.h"
@@ -545,15 +549,75 @@ std::string U(const char* cp1252) { return Utf8(std::string(cp1252)); }
 
 }  // namespace
 
-size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::istream& entrada, const CPXLimitesJson& limites) {
-    size_t registros = 0;
-    long linhaFalha = 0;
-    // Read, checked and written line by line in one transaction: memory
-    // stays that of one line, and a failure anywhere leaves nothing.
-    const long hr = armazem.EmTransacao("Importa", [&]() -> long {
-        Entrada fonte("-", entrada);
-        LeitorLinhas leitor(fonte, limites.linha);
-        std::string_view l;
+namespace {
+
+// One record of an import, read and checked, waiting for its write.
+struct RegistroLido {
+    const IPXTipoHost* tipo;
+    std::unique_ptr<TQZBaseParaDados> reg;
+    long numero;
+};
+
+// An import runs as two stages: one thread reads and parses the lines, the
+// command's own thread writes the records, in order, in its transaction.
+// Between them a short queue of batches bounds memory; an error of the
+// reader reaches the writer after every record before it, so the first bad
+// line is the one reported either way.
+class FilaImportacao {
+public:
+    static constexpr size_t kLote = 512;
+    static constexpr size_t kLotesMaximos = 8;
+
+    // Reader side: false when the writer gave up.
+    bool Entrega(std::vector<RegistroLido>&& lote) {
+        std::unique_lock<std::mutex> trava(m_mutex);
+        m_cheia.wait(trava, [&] { return m_lotes.size() < kLotesMaximos || m_desistiu; });
+        if (m_desistiu) return false;
+        m_lotes.push_back(std::move(lote));
+        m_vazia.notify_one();
+        return true;
+    }
+    void Termina(std::exception_ptr erro) {
+        std::lock_guard<std::mutex> trava(m_mutex);
+        m_fim = true;
+        m_erro = std::move(erro);
+        m_vazia.notify_one();
+    }
+    // Writer side: false at the end (rethrowing the reader's error, if any).
+    bool Proximo(std::vector<RegistroLido>& lote) {
+        std::unique_lock<std::mutex> trava(m_mutex);
+        m_vazia.wait(trava, [&] { return !m_lotes.empty() || m_fim; });
+        if (m_lotes.empty()) {
+            if (m_erro) std::rethrow_exception(m_erro);
+            return false;
+        }
+        lote = std::move(m_lotes.front());
+        m_lotes.pop_front();
+        m_cheia.notify_one();
+        return true;
+    }
+    void Desiste() {
+        std::lock_guard<std::mutex> trava(m_mutex);
+        m_desistiu = true;
+        m_cheia.notify_one();
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_cheia, m_vazia;
+    std::deque<std::vector<RegistroLido>> m_lotes;
+    bool m_fim = false, m_desistiu = false;
+    std::exception_ptr m_erro;
+};
+
+// The reader stage: every line of the input into records, in batches.
+void LeRegistros(std::istream& entrada, const CPXLimitesJson& limites, FilaImportacao& fila) {
+    Entrada fonte("-", entrada);
+    LeitorLinhas leitor(fonte, limites.linha);
+    std::vector<RegistroLido> lote;
+    const IPXTipoHost* ultimo = nullptr;  // lines of one type usually come together
+    std::string_view l;
+    try {
         while (leitor.Proxima(l)) {
             const long numero = leitor.Numero();
             if (l.find_first_not_of(" \t\r") == std::string_view::npos) continue;
@@ -561,15 +625,61 @@ size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::istream& entrada, const 
             if (!j.is_object()) Erro("esperava um objeto JSON", numero);
             auto t = j.find("type");
             if (t == j.end() || !t->is_string()) Erro("falta o tipo do registro", numero, "type");
-            const IPXTipoHost* tipo = PXBuscaTipoHost(t->get<std::string>());
-            if (!tipo || t->get<std::string>() != tipo->Nome())
-                Erro("tipo de registro desconhecido \"" + pxjson::Trecho(t->get<std::string>()) + "\"", numero, "type");
-            auto reg = Registro(*tipo, j, numero);
-            if (long r = tipo->Restaura(armazem, *reg)) {
-                linhaFalha = numero;
-                return r;
+            const std::string& nome = t->get_ref<const std::string&>();
+            const IPXTipoHost* tipo = ultimo && nome == ultimo->Nome() ? ultimo : PXBuscaTipoHost(nome);
+            if (!tipo || nome != tipo->Nome())
+                Erro("tipo de registro desconhecido \"" + pxjson::Trecho(nome) + "\"", numero, "type");
+            ultimo = tipo;
+            lote.push_back({tipo, Registro(*tipo, j, numero), numero});
+            if (lote.size() == FilaImportacao::kLote) {
+                if (!fila.Entrega(std::move(lote))) return;
+                lote.clear();
+                lote.reserve(FilaImportacao::kLote);
             }
-            ++registros;
+        }
+    } catch (...) {
+        // The records before the bad line are written first: one of them
+        // may fail earlier in the file.
+        if (!lote.empty()) fila.Entrega(std::move(lote));
+        throw;
+    }
+    if (!lote.empty()) fila.Entrega(std::move(lote));
+}
+
+}  // namespace
+
+size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::istream& entrada, const CPXLimitesJson& limites) {
+    size_t registros = 0;
+    long linhaFalha = 0;
+    // All or nothing in one transaction; memory stays that of a few batches.
+    const long hr = armazem.EmTransacao("Importa", [&]() -> long {
+        FilaImportacao fila;
+        std::thread leitor([&] {
+            try {
+                LeRegistros(entrada, limites, fila);
+                fila.Termina(nullptr);
+            } catch (...) {
+                fila.Termina(std::current_exception());
+            }
+        });
+        // The reader stops and is joined however the writes end.
+        struct Espera {
+            FilaImportacao& fila;
+            std::thread& leitor;
+            ~Espera() {
+                fila.Desiste();
+                leitor.join();
+            }
+        } espera{fila, leitor};
+        std::vector<RegistroLido> lote;
+        while (fila.Proximo(lote)) {
+            for (auto& r : lote) {
+                if (long falha = r.tipo->Restaura(armazem, *r.reg)) {
+                    linhaFalha = r.numero;
+                    return falha;
+                }
+                ++registros;
+            }
         }
         return 0;
     });
