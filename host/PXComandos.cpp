@@ -23,6 +23,7 @@
 #include "host/PXComandosAdicionais.h"
 #include "host/PXDadosEmbutidos.h"
 #include "host/PXLeituraJson.h"
+#include "host/PXPermissoesHost.h"
 #include "host/PXTabelaMensagens.h"
 #include "host/PXTiposHost.h"
 #include "permissions/PXControlePermissoes.h"
@@ -424,6 +425,43 @@ int Export(const Opcoes& o, std::ostream& saida) {
 // The failure of a save or a delete that the rules did not answer.
 [[noreturn]] void ErroServico(const CPXServicoRegistros& servico) { Erro(TextoServico(servico.GetErro())); }
 
+// The session's user must exist: a code that names nobody is bad input.
+void VerificaUsuario(Sessao& sessao, int usuario) {
+    const IPXTipoHost* tipo = PXBuscaTipoHost("CQZDadosGT_Usuario");
+    auto reg = tipo->Novo();
+    const long hr = usuario > 0 ? tipo->Le(sessao.Armazem(), usuario, *reg) : QZ_E_REGISTRO_NAO_ENCONTRADO;
+    if (hr == QZ_E_REGISTRO_NAO_ENCONTRADO)
+        Erro("o usuário " + std::to_string(usuario) + " não existe (--user, ou a variável PXLREG_USER).");
+    if (hr != 0) Erro(TextoServico(sessao.Armazem().GetErro()));
+}
+
+// Whether the user lacks the permission the action needs on the screen of
+// the record type; when so, the refusal is the command's output (exit 1).
+bool RecusaSemPermissao(Sessao& sessao, const Opcoes& o, const IPXTipoHost& tipo, EPXAcaoRegistro acao, Saida& s) {
+    VerificaUsuario(sessao, o.usuario);
+    const int tela = PXTipoPermissaoDoRegistro(tipo.Nome());
+    if (tela == 0) return false;
+    CPXControlePermissoes controle;
+    sessao.Inicializa(controle);
+    CPXDadosPermissaoUsuario flags;
+    (void)controle.GetPermissoes(static_cast<CPXControlePermissoes::PXControlePermissao>(tela), &flags);
+    // A permission record that cannot be read is a store that cannot be used.
+    if (!controle.EhErroNenhum()) Erro(TextoServico(controle));
+    const std::string falta = PXPermissaoQueFalta(tela, acao, flags);
+    if (falta.empty()) return false;
+    const std::string texto = "o usuário " + std::to_string(o.usuario) + " não tem a permissão " + falta +
+                              " na tela " + std::to_string(tela) + " (" + PXNomeTipoPermissao(tela) + ")";
+    s.Objeto()["type"] = tipo.Nome();
+    s.Objeto()["allowed"] = false;
+    s.Objeto()["written"] = false;
+    s.Objeto()["user"] = o.usuario;
+    s.Objeto()["kind"] = tela;
+    s.Objeto()["permission"] = Utf8(falta);
+    s.Objeto()["text"] = Utf8(texto);
+    s.Linha("recusado: " + texto);
+    return true;
+}
+
 int Save(const Opcoes& o, std::istream& entrada, Saida& s) {
     const IPXTipoHost& tipo = TipoOuErro(o.tipo);
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
@@ -442,6 +480,8 @@ int Save(const Opcoes& o, std::istream& entrada, Saida& s) {
                  0, tipo.CampoChave());
         if (hr != 0) Erro(TextoServico(sessao.Armazem().GetErro()));
     }
+    const EPXAcaoRegistro acao = tipo.ChaveInformada(*reg) ? EPXAcaoRegistro::ALTERAR : EPXAcaoRegistro::INCLUIR;
+    if (RecusaSemPermissao(sessao, o, tipo, acao, s)) return kSaidaRecusado;
 
     CPXServicoRegistros servico(sessao.Host());
     CPXResultadoRegistro resultado;
@@ -466,6 +506,7 @@ int Delete(const Opcoes& o, Saida& s) {
     const IPXTipoHost& tipo = TipoOuErro(o.tipo);
     const int64_t chave = ChaveDoArgumento(tipo, o.chave);
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
+    if (RecusaSemPermissao(sessao, o, tipo, EPXAcaoRegistro::EXCLUIR, s)) return kSaidaRecusado;
     CPXServicoRegistros servico(sessao.Host());
     std::unique_ptr<TQZBaseParaDados> reg;
     CPXResultadoRegistro resultado;
@@ -493,6 +534,7 @@ int Permissions(const Opcoes& o, Saida& s) {
         o.tipoPermissao > CPXControlePermissoes::PX_PERMISSAO_ALTERAR_ITEM_INF_DOC_FISCAL)
         Erro("KIND " + std::to_string(o.tipoPermissao) + " não é um tipo de permissão: os tipos vão de 1 a 29 (veja pxlreg help permissions).");
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
+    VerificaUsuario(sessao, o.usuario);
     CPXControlePermissoes controle;
     sessao.Inicializa(controle);
     CPXDadosPermissaoUsuario dados;
@@ -739,7 +781,9 @@ int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, s
     save->add_option("TYPE", o.tipo, U("tipo do registro, como CQZDadosPX_Prioridade ou Prioridade"))->required();
     save->add_option("FILE", o.arquivo, U("o registro em JSON, ou - para a entrada padrão"))->required();
     save->add_option("--company", o.empresa, U("empresa da sessão"));
-    save->add_option("--user", o.usuario, U("código do usuário da sessão"))->check(CLI::Range(0, 65535));
+    save->add_option("--user", o.usuario, U("código do usuário que grava (ou a variável PXLREG_USER; sem os dois, 1)"))
+        ->envname("PXLREG_USER")
+        ->check(CLI::Range(0, 65535));
     save->add_flag("--dry-run", o.simulacao, U("só consulta as regras, sem gravar"));
 
     auto* del = app.add_subcommand("delete", U("exclui um registro se as regras permitirem"));
@@ -747,12 +791,17 @@ int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, s
     del->add_option("TYPE", o.tipo)->required();
     del->add_option("POSITION", o.chave, U("posição do registro (ou chave AAAA-MM/N de um movimento)"))->required();
     del->add_option("--company", o.empresa, U("empresa da sessão"));
-    del->add_option("--user", o.usuario, U("código do usuário da sessão"))->check(CLI::Range(0, 65535));
+    del->add_option("--user", o.usuario, U("código do usuário que exclui (ou a variável PXLREG_USER; sem os dois, 1)"))
+        ->envname("PXLREG_USER")
+        ->check(CLI::Range(0, 65535));
 
     auto* perm = app.add_subcommand("permissions", U("as treze permissões de um usuário em uma tela ou função"));
     perm->add_option("STORE", o.armazem)->required();
     perm->add_option("KIND", o.tipoPermissao, U("a tela ou função (1 a 29)"))->required();
-    perm->add_option("--user", o.usuario, U("código do usuário"))->required()->check(CLI::Range(0, 65535));
+    perm->add_option("--user", o.usuario, U("código do usuário (ou a variável PXLREG_USER)"))
+        ->envname("PXLREG_USER")
+        ->required()
+        ->check(CLI::Range(0, 65535));
     perm->add_option("--company", o.empresa, U("empresa da sessão"));
     const CPXComandoAdicional adicionais[] = {PXComandoContaEmail(app), PXComandoModelo(app),
                                               PXComandoVerifica(app)};

@@ -247,7 +247,10 @@ TEST_F(PXComandosArmazemTest, BadArgumentsAreErrorsNamingThem) {
 
 TEST_F(PXComandosArmazemTest, ANewRecordTakesAFreePositionWhenTheHighestIsTaken) {
     ASSERT_EQ(Roda({"init", m_arquivo}).codigo, 0);
+    // A supervisor to save as, and the highest position taken.
     auto r = Roda({"import", m_arquivo, "-"},
+                  "{\"type\": \"CQZDadosGT_Usuario\", \"Posicao\": 1, \"Login\": \"admin\"}\n"
+                  "{\"type\": \"CQZDadosGT_UsuarioPermissao\", \"Posicao\": 65564, \"UsuarioSupervisor\": 1}\n"
                   R"({"type": "CQZDadosPX_Prioridade", "Posicao": 4294967295, "Codigo": "ULT", "Descricao": "u"})");
     ASSERT_EQ(r.codigo, 0) << r.erros;
     std::set<int64_t> posicoes{4294967295};
@@ -257,7 +260,7 @@ TEST_F(PXComandosArmazemTest, ANewRecordTakesAFreePositionWhenTheHighestIsTaken)
         ASSERT_EQ(r.codigo, 0) << r.saida << r.erros;
         EXPECT_TRUE(posicoes.insert(r.json()["record"]["Posicao"].get<int64_t>()).second) << r.saida;
     }
-    EXPECT_EQ(LinhasExportadas(m_arquivo), 4u);
+    EXPECT_EQ(LinhasExportadas(m_arquivo), 6u);
 }
 
 TEST_F(PXComandosArmazemTest, AStoreOfANewerSchemaIsRefusedAndLeftAlone) {
@@ -375,4 +378,64 @@ TEST_F(PXComandosArmazemTest, ImportReportsTheFirstBadLineWhereverItFails) {
     EXPECT_EQ(r.codigo, 0) << r.saida;
     EXPECT_EQ(r.json()["records"], 3000);
     EXPECT_EQ(LinhasExportadas(m_arquivo), 3000u);
+}
+
+TEST_F(PXComandosArmazemTest, SavesAndDeletesNeedThePermissionOfTheirScreen) {
+    CriaDemo();
+    const std::string antes = Roda({"export", m_arquivo}).saida;
+    // The demo's users: 1 is a supervisor; 7 includes and changes tasks
+    // (kind 2) and situations (6) and works on orders (11); 8 only looks.
+    const std::string tarefa = R"({"Codigo": "NOVA", "Nome": "Nova tarefa"})";
+    const std::string prioridade = R"({"Codigo": "NOVA", "Descricao": "Nova"})";
+    struct Caso {
+        std::vector<std::string> args;
+        std::string entrada;
+        int codigo;
+        const char* permissao;  // the one missing, when refused for it
+        int tela;
+    } casos[] = {
+        {{"save", "--dry-run", "--user", "8", m_arquivo, "Tarefa", "-"}, tarefa, 1, "Incluir", 2},
+        {{"save", "--dry-run", "--user", "7", m_arquivo, "Tarefa", "-"}, tarefa, 0, "", 0},
+        {{"save", "--dry-run", "--user", "7", m_arquivo, "Prioridade", "-"}, prioridade, 1, "Incluir", 7},
+        {{"save", "--dry-run", "--user", "1", m_arquivo, "Prioridade", "-"}, prioridade, 0, "", 0},
+        // A change needs Alterar: user 8 may only look at the situations.
+        {{"save", "--dry-run", "--user", "8", m_arquivo, "Situacao", "-"}, R"({"Posicao": 9, "Codigo": "X"})", 1,
+         "Alterar", 6},
+        // A register's delete needs include-and-change; an order's, Cancelar;
+        // another movement's, Excluir.
+        {{"delete", "--user", "8", m_arquivo, "Tarefa", "3"}, "", 1, "Incluir e Alterar", 2},
+        {{"delete", "--user", "8", m_arquivo, "Manutencao", "2026-03/1"}, "", 1, "Cancelar", 11},
+        {{"delete", "--user", "7", m_arquivo, "LancamentoGastos", "2026-03/1"}, "", 1, "Excluir", 12},
+        // Users that do not exist.
+        {{"save", "--user", "65535", m_arquivo, "Prioridade", "-"}, prioridade, 2, "", 0},
+        {{"save", "--user", "0", m_arquivo, "Prioridade", "-"}, prioridade, 2, "", 0},
+        {{"delete", "--user", "99", m_arquivo, "Tarefa", "3"}, "", 2, "", 0},
+        {{"permissions", m_arquivo, "--user", "99", "2"}, "", 2, "", 0},
+    };
+    for (const auto& c : casos) {
+        auto args = c.args;
+        args.insert(args.begin(), "--json");
+        auto r = Roda(args, c.entrada);
+        EXPECT_EQ(r.codigo, c.codigo) << r.saida << r.erros;
+        ASSERT_TRUE(Json::accept(r.saida)) << r.saida;
+        const Json j = r.json();
+        EXPECT_EQ(j.value("permission", ""), c.permissao) << r.saida;
+        if (*c.permissao) {
+            EXPECT_EQ(j["kind"], c.tela);
+            EXPECT_EQ(j["allowed"], false);
+            EXPECT_NE(j["text"].get<std::string>().find(QZParaUtf8(CString("a permissão ")) + c.permissao),
+                      std::string::npos)
+                << j["text"];
+        }
+        if (c.codigo == 2) {
+            EXPECT_NE(j["error"]["text"].get<std::string>().find(QZParaUtf8(CString("não existe"))), std::string::npos);
+        }
+    }
+    // The user may come from the environment.
+    ::setenv("PXLREG_USER", "8", 1);
+    auto r = Roda({"--json", "save", "--dry-run", m_arquivo, "Tarefa", "-"}, tarefa);
+    ::unsetenv("PXLREG_USER");
+    EXPECT_EQ(r.codigo, 1) << r.saida;
+    EXPECT_EQ(r.json()["user"], 8);
+    EXPECT_EQ(Roda({"export", m_arquivo}).saida, antes);
 }
