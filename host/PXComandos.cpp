@@ -17,6 +17,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <sstream>
 #include <thread>
 
@@ -743,6 +744,53 @@ size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view texto, const
 
 namespace {
 
+// The names of the commands, for the messages that list them.
+std::string ListaComandos(const CLI::App& app) {
+    std::string lista;
+    for (const CLI::App* sub : app.get_subcommands({}))
+        lista += (lista.empty() ? "" : ", ") + sub->get_name();
+    return lista;
+}
+
+int FalhaDeUso(const std::string& textoUtf8, bool json, std::ostream& saida, std::ostream& erros) {
+    if (json)
+        saida << Json{{"command", nullptr}, {"error", {{"text", textoUtf8}}}}.dump(-1, ' ', false, Json::error_handler_t::replace)
+              << '\n';
+    else
+        erros << "pxlreg: erro: " << textoUtf8 << '\n' << Utf8(std::string("Ajuda: pxlreg --help")) << '\n';
+    return kSaidaErro;
+}
+
+int ComandoDesconhecido(const CLI::App& app, const std::string& nome, bool json, std::ostream& saida,
+                        std::ostream& erros) {
+    return FalhaDeUso(Utf8("comando desconhecido \"" + pxjson::Trecho(nome) + "\"; os comandos são: " +
+                           ListaComandos(app) + "."),
+                      json, saida, erros);
+}
+
+// A usage error: an unknown command is named with the list of commands;
+// --json is honoured here too.
+int ErroDeUso(const CLI::App& app, const std::vector<std::string>& argumentos, const CLI::ParseError& e,
+              std::ostream& saida, std::ostream& erros) {
+    const bool json = std::find(argumentos.begin(), argumentos.end(), "--json") != argumentos.end();
+    static const std::set<std::string> kComValor = {"--wait", "--max-line", "--max-text", "--max-list"};
+    for (size_t i = 1; i < argumentos.size(); ++i) {
+        const std::string& a = argumentos[i];
+        if (kComValor.count(a)) {
+            ++i;
+            continue;
+        }
+        if (a.empty() || a[0] == '-') continue;
+        bool conhecido = false;
+        for (const CLI::App* sub : app.get_subcommands({})) conhecido = conhecido || sub->get_name() == a;
+        if (!conhecido) return ComandoDesconhecido(app, a, json, saida, erros);
+        break;
+    }
+    if (app.get_subcommands().empty() && argumentos.size() <= 1)
+        return FalhaDeUso(Utf8("falta o comando; os comandos são: " + ListaComandos(app) + "."), json, saida, erros);
+    return FalhaDeUso(e.what(), json, saida, erros);
+}
+
 int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, std::ostream& saida,
             std::ostream& erros) {
     TabelaDoComando tabela;
@@ -750,6 +798,10 @@ int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, s
     CLI::App app{U("pxlreg: as regras do módulo de manutenção sobre um armazém SQLite")};
     app.require_subcommand(1);
     app.fallthrough();
+    app.set_version_flag("--version", "pxlreg " PXLREG_VERSAO, U("mostra a versão"));
+    app.footer(U("Saída: 0 feito (ou permitido); 1 recusado pelas regras ou pelas permissões (o veredito é "
+                 "mostrado), ou check com danos; 2 entrada inválida, armazém inutilizável, saída que não pôde ser "
+                 "escrita ou erro de uso.\nAjuda de um comando: pxlreg help COMANDO."));
     app.add_flag("--json", o.json, U("saída em JSON, um objeto por comando"));
     app.add_option("--wait", o.esperaMs, U("quanto uma gravação espera por outra, em milissegundos"))
         ->check(CLI::Range(0, 600000));
@@ -769,15 +821,15 @@ int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, s
     init->add_flag("--demo", o.demo, U("preenche uma planta de demonstração"));
 
     auto* import = app.add_subcommand("import", U("importa registros em JSON Lines: todos ou nenhum"));
-    import->add_option("STORE", o.armazem)->required();
+    import->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
     import->add_option("FILE", o.arquivo, U("arquivo JSON Lines, ou - para a entrada padrão"))->required();
 
     auto* exporta = app.add_subcommand("export", U("exporta os registros em JSON Lines"));
-    exporta->add_option("STORE", o.armazem)->required();
+    exporta->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
     exporta->add_option("--type", o.tipo, U("só os registros deste tipo"));
 
     auto* save = app.add_subcommand("save", U("grava um registro se as regras permitirem"));
-    save->add_option("STORE", o.armazem)->required();
+    save->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
     save->add_option("TYPE", o.tipo, U("tipo do registro, como CQZDadosPX_Prioridade ou Prioridade"))->required();
     save->add_option("FILE", o.arquivo, U("o registro em JSON, ou - para a entrada padrão"))->required();
     save->add_option("--company", o.empresa, U("empresa da sessão"));
@@ -787,8 +839,8 @@ int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, s
     save->add_flag("--dry-run", o.simulacao, U("só consulta as regras, sem gravar"));
 
     auto* del = app.add_subcommand("delete", U("exclui um registro se as regras permitirem"));
-    del->add_option("STORE", o.armazem)->required();
-    del->add_option("TYPE", o.tipo)->required();
+    del->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
+    del->add_option("TYPE", o.tipo, U("tipo do registro, como CQZDadosPX_Tarefa ou Tarefa (veja pxlreg help)"))->required();
     del->add_option("POSITION", o.chave, U("posição do registro (ou chave AAAA-MM/N de um movimento)"))->required();
     del->add_option("--company", o.empresa, U("empresa da sessão"));
     del->add_option("--user", o.usuario, U("código do usuário que exclui (ou a variável PXLREG_USER; sem os dois, 1)"))
@@ -796,13 +848,18 @@ int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, s
         ->check(CLI::Range(0, 65535));
 
     auto* perm = app.add_subcommand("permissions", U("as treze permissões de um usuário em uma tela ou função"));
-    perm->add_option("STORE", o.armazem)->required();
-    perm->add_option("KIND", o.tipoPermissao, U("a tela ou função (1 a 29)"))->required();
+    perm->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
+    std::string tiposPermissao = "a tela ou função, de 1 a 29:";
+    for (int k = 1; k <= 29; ++k) tiposPermissao += " " + std::to_string(k) + " " + PXNomeTipoPermissao(k) + (k < 29 ? ";" : ".");
+    perm->add_option("KIND", o.tipoPermissao, Utf8(tiposPermissao))->required();
     perm->add_option("--user", o.usuario, U("código do usuário (ou a variável PXLREG_USER)"))
         ->envname("PXLREG_USER")
         ->required()
         ->check(CLI::Range(0, 65535));
     perm->add_option("--company", o.empresa, U("empresa da sessão"));
+    std::string comandoAjuda;
+    auto* ajuda = app.add_subcommand("help", U("mostra a ajuda do programa, ou de um comando"));
+    ajuda->add_option("COMMAND", comandoAjuda, U("o comando"));
     const CPXComandoAdicional adicionais[] = {PXComandoContaEmail(app), PXComandoModelo(app),
                                               PXComandoVerifica(app)};
 
@@ -811,8 +868,22 @@ int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, s
     try {
         app.parse(static_cast<int>(argv.size()), argv.data());
     } catch (const CLI::ParseError& e) {
-        int codigo = app.exit(e, saida, erros);
-        return codigo == 0 ? kSaidaOk : kSaidaErro;
+        if (e.get_exit_code() == 0) {
+            (void)app.exit(e, saida, erros);
+            return kSaidaOk;
+        }
+        return ErroDeUso(app, argumentos, e, saida, erros);
+    }
+    if (ajuda->parsed()) {
+        CLI::App* alvo = &app;
+        if (!comandoAjuda.empty()) {
+            alvo = nullptr;
+            for (CLI::App* sub : app.get_subcommands({}))
+                if (sub->get_name() == comandoAjuda) alvo = sub;
+            if (!alvo) return ComandoDesconhecido(app, comandoAjuda, o.json, saida, erros);
+        }
+        saida << alvo->help();
+        return kSaidaOk;
     }
 
     for (const auto& c : adicionais)

@@ -439,3 +439,32 @@ TEST_F(PXComandosArmazemTest, SavesAndDeletesNeedThePermissionOfTheirScreen) {
     EXPECT_EQ(r.json()["user"], 8);
     EXPECT_EQ(Roda({"export", m_arquivo}).saida, antes);
 }
+
+TEST_F(PXComandosArmazemTest, HelpVersionAndUnknownCommandsGuideTheUser) {
+    const std::string desconhecido = QZParaUtf8(CString("comando desconhecido \"foo\"; os comandos são: init, import"));
+    struct Caso {
+        std::vector<std::string> args;
+        int codigo;
+        std::string saida, erros;  // what each must contain
+    } casos[] = {
+        {{"--version"}, 0, "pxlreg " PXLREG_VERSAO_TESTE, ""},
+        {{"--help"}, 0, QZParaUtf8(CString("Saída: 0 feito")), ""},
+        {{"help"}, 0, "check", ""},
+        {{"help", "import"}, 0, "JSON Lines", ""},
+        {{"help", "permissions"}, 0, "11 ordem de manut", ""},
+        {{"help", "foo"}, 2, "", desconhecido},
+        {{"foo"}, 2, "", desconhecido},
+        {{"--json", "foo"}, 2, "comando desconhecido \\\"foo\\\"", ""},
+        {{}, 2, "", "falta o comando"},
+        {{"--json", "save", "x"}, 2, "\"error\"", ""},
+    };
+    for (const auto& c : casos) {
+        auto r = Roda(c.args);
+        EXPECT_EQ(r.codigo, c.codigo) << r.saida << r.erros;
+        EXPECT_NE(r.saida.find(c.saida), std::string::npos) << r.saida;
+        EXPECT_NE(r.erros.find(c.erros), std::string::npos) << r.erros;
+        if (!c.args.empty() && c.args[0] == "--json") {
+            EXPECT_TRUE(Json::accept(r.saida)) << r.saida;
+        }
+    }
+}
