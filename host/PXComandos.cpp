@@ -153,7 +153,11 @@ public:
         // The first connection creates the store when asked to.
         m_armazem = std::make_unique<CQZArmazemSQL>(o.armazem, modo, o.esperaMs);
         if (!m_armazem->EstaAberto()) Erro(TextoServico(m_armazem->GetErro()));
-        m_sessao.empresa = CString(o.empresa);
+        // The terminal speaks UTF-8; the rules, Windows-1252.
+        std::string empresa, erroEmpresa;
+        if (!QZUtf8ParaCp1252(o.empresa, empresa, &erroEmpresa))
+            Erro("--company sem forma em Windows-1252: " + erroEmpresa);
+        m_sessao.empresa = CString(std::move(empresa));
         m_sessao.usuario = static_cast<uint16_t>(o.usuario);
         m_sessao.sessao = static_cast<uint32_t>(getpid());
         CQZServicosEmpresa servicos;
@@ -861,7 +865,7 @@ int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, s
     auto* ajuda = app.add_subcommand("help", U("mostra a ajuda do programa, ou de um comando"));
     ajuda->add_option("COMMAND", comandoAjuda, U("o comando"));
     const CPXComandoAdicional adicionais[] = {PXComandoContaEmail(app), PXComandoModelo(app),
-                                              PXComandoVerifica(app)};
+                                              PXComandoVerifica(app), PXComandoTipos(app), PXComandoMensagens(app)};
 
     std::vector<const char*> argv;
     for (const auto& a : argumentos) argv.push_back(a.c_str());

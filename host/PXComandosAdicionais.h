@@ -18,3 +18,7 @@ CPXComandoAdicional PXComandoContaEmail(CLI::App& app);
 CPXComandoAdicional PXComandoModelo(CLI::App& app);
 // check STORE: SQLite's integrity check of a store.
 CPXComandoAdicional PXComandoVerifica(CLI::App& app);
+// types: every record type and what the command line does with it.
+CPXComandoAdicional PXComandoTipos(CLI::App& app);
+// messages [NUMBER] [--module M]: the texts of the numbered messages.
+CPXComandoAdicional PXComandoMensagens(CLI::App& app);

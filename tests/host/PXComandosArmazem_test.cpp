@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <atomic>
 #include <iterator>
+#include <map>
 #include <set>
 #include <fstream>
 #include <sstream>
@@ -467,4 +468,49 @@ TEST_F(PXComandosArmazemTest, HelpVersionAndUnknownCommandsGuideTheUser) {
             EXPECT_TRUE(Json::accept(r.saida)) << r.saida;
         }
     }
+}
+
+TEST_F(PXComandosArmazemTest, TypesAndMessagesTellWhatTheProgramKnows) {
+    auto r = Roda({"--json", "types"});
+    ASSERT_EQ(r.codigo, 0) << r.erros;
+    std::map<std::string, Json> tipos;
+    const Json lidos = r.json();
+    for (const auto& t : lidos["types"]) tipos[t["type"].get<std::string>()] = t;
+    EXPECT_EQ(tipos.size(), 21u);
+    EXPECT_EQ(tipos["CQZDadosPX_Prioridade"]["rules"], true);
+    EXPECT_EQ(tipos["CQZDadosPX_Prioridade"]["kind"], 7);
+    EXPECT_EQ(tipos["CQZDadosPX_Manutencao"]["key"], "movimento");
+    EXPECT_EQ(tipos["CQZDadosPX_Mestre"]["key"], "unica");
+    EXPECT_EQ(tipos["CQZDadosGT_Usuario"]["rules"], false);
+    EXPECT_EQ(tipos["CQZDadosGT_Usuario"]["commands"], "import, export");
+
+    struct Caso {
+        std::vector<std::string> args;
+        int codigo;
+        std::string trecho;
+    } casos[] = {
+        {{"messages", "10"}, 0, "10\tEste c"},
+        {{"messages", "99999"}, 2, "99999"},
+        {{"messages", "x1"}, 2, "NUMBER"},
+        {{"messages", "--module", "3", "10"}, 2, "no módulo 3"},
+    };
+    for (const auto& c : casos) {
+        r = Roda(c.args);
+        EXPECT_EQ(r.codigo, c.codigo) << r.saida << r.erros;
+        EXPECT_NE((r.saida + r.erros).find(QZParaUtf8(CString(c.trecho.c_str()))), std::string::npos) << r.saida << r.erros;
+    }
+    r = Roda({"--json", "messages"});
+    EXPECT_GT(r.json()["messages"].size(), 100u);
+}
+
+TEST_F(PXComandosArmazemTest, TheCompanyIsReadAsUtf8) {
+    CriaDemo();
+    const std::string prioridade = R"({"Codigo": "EMP", "Descricao": "e"})";
+    auto r = Roda({"save", "--dry-run", "--company", QZParaUtf8(CString("Serra Azul Indústria")), m_arquivo, "Prioridade", "-"},
+                  prioridade);
+    EXPECT_EQ(r.codigo, 0) << r.erros;
+    r = Roda({"save", "--dry-run", "--company", reinterpret_cast<const char*>(u8"Empresa ≠"), m_arquivo, "Prioridade", "-"},
+             prioridade);
+    EXPECT_EQ(r.codigo, 2);
+    EXPECT_NE(r.erros.find("--company"), std::string::npos) << r.erros;
 }
