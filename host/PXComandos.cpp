@@ -748,6 +748,37 @@ size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view texto, const
 
 namespace {
 
+// CLI11's own words, in the program's language.
+void EmPortugues(CLI::App& app) {
+    auto formato = app.get_formatter();
+    for (const auto& [chave, texto] : std::initializer_list<std::pair<const char*, const char*>>{
+             {"Usage", "Uso"}, {"OPTIONS", "OPÇÕES"}, {"Positionals", "Argumentos"}, {"REQUIRED", "OBRIGATÓRIO"},
+             {"Env", "Variável"}, {"Needs", "Requer"}, {"Excludes", "Exclui"}, {"TEXT", "TEXTO"},
+             {"INT", "INTEIRO"}, {"UINT", "NATURAL"}, {"SIZE", "TAMANHO"}})
+        formato->label(chave, Utf8(std::string(texto)));
+    app.option_defaults()->group(Utf8(std::string("Opções")));
+    app.set_help_flag("-h,--help", Utf8(std::string("mostra esta ajuda")));
+}
+
+// A usage error of CLI11 told in Portuguese: what is wrong, then the
+// library's detail (names and values as given).
+std::string ErroDeUsoEmPortugues(const CLI::ParseError& e) {
+    const std::string texto = e.what(), nome = e.get_name();
+    auto depois = [&](const std::string& marca) {
+        const size_t p = texto.find(marca);
+        return p == std::string::npos ? texto : texto.substr(p + marca.size());
+    };
+    if (nome == "RequiredError") {
+        const size_t p = texto.find(" is required");
+        if (p != std::string::npos) return "falta " + texto.substr(0, p) + Utf8(std::string(", que é obrigatório."));
+        return Utf8(std::string("falta um argumento obrigatório: ")) + texto;
+    }
+    if (texto.find("not expected:") != std::string::npos) return "argumentos a mais:" + depois("not expected:");
+    if (nome == "ConversionError" || nome == "ValidationError" || nome == "ArgumentMismatch")
+        return Utf8(std::string("valor inválido: ")) + texto;
+    return Utf8(std::string("uso inválido: ")) + texto;
+}
+
 // The names of the commands, for the messages that list them.
 std::string ListaComandos(const CLI::App& app) {
     std::string lista;
@@ -792,7 +823,7 @@ int ErroDeUso(const CLI::App& app, const std::vector<std::string>& argumentos, c
     }
     if (app.get_subcommands().empty() && argumentos.size() <= 1)
         return FalhaDeUso(Utf8("falta o comando; os comandos são: " + ListaComandos(app) + "."), json, saida, erros);
-    return FalhaDeUso(e.what(), json, saida, erros);
+    return FalhaDeUso(ErroDeUsoEmPortugues(e), json, saida, erros);
 }
 
 int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, std::ostream& saida,
@@ -800,6 +831,7 @@ int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, s
     TabelaDoComando tabela;
     Opcoes o;
     CLI::App app{U("pxlreg: as regras do módulo de manutenção sobre um armazém SQLite")};
+    EmPortugues(app);
     app.require_subcommand(1);
     app.fallthrough();
     app.set_version_flag("--version", "pxlreg " PXLREG_VERSAO, U("mostra a versão"));
@@ -867,6 +899,10 @@ int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, s
     const CPXComandoAdicional adicionais[] = {PXComandoContaEmail(app), PXComandoModelo(app),
                                               PXComandoVerifica(app), PXComandoTipos(app), PXComandoMensagens(app)};
 
+    for (CLI::App* sub : app.get_subcommands({})) {
+        sub->group("Comandos");
+        if (CLI::Option* ajuda = sub->get_help_ptr()) ajuda->group(Utf8(std::string("Opções")));
+    }
     std::vector<const char*> argv;
     for (const auto& a : argumentos) argv.push_back(a.c_str());
     try {

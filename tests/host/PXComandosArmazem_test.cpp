@@ -458,6 +458,11 @@ TEST_F(PXComandosArmazemTest, HelpVersionAndUnknownCommandsGuideTheUser) {
         {{"--json", "foo"}, 2, "comando desconhecido \\\"foo\\\"", ""},
         {{}, 2, "", "falta o comando"},
         {{"--json", "save", "x"}, 2, "\"error\"", ""},
+        // CLI11's own words, in Portuguese.
+        {{"save", "x"}, 2, "", QZParaUtf8(CString("falta TYPE, que é obrigatório"))},
+        {{"export", "a", "b"}, 2, "", "argumentos a mais: b"},
+        {{"help", "save"}, 0, QZParaUtf8(CString("Uso: save [OPÇÕES] STORE TYPE FILE")), ""},
+        {{"help", "save"}, 0, "Argumentos:", ""},
     };
     for (const auto& c : casos) {
         auto r = Roda(c.args);
