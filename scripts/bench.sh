@@ -41,7 +41,9 @@ if casos:
             return f"{l / v:.2f}" if v and l else "-"
         print(f"{nome:28} {n:>8} {razao(False):>19} {razao(True):>17}")
 
-json_rate, sqlite_rate = rate.get("importa/json"), rate.get("importa/sqlite3")
+def importa(nome):
+    return next((v for k, v in rate.items() if k.split("/")[:2] == ["importa", nome]), None)
+json_rate, sqlite_rate = importa("json"), importa("sqlite3")
 if json_rate and sqlite_rate:
     print()
     print(f"import: {json_rate:,.0f} records/s; sqlite3, one prepared INSERT: {sqlite_rate:,.0f} rows/s; "
