@@ -1,20 +1,30 @@
 #include "host/PXComandos.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
+#include <condition_variable>
+#include <deque>
+#include <cstring>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <sstream>
+#include <thread>
 
 #include "host/PXComandosAdicionais.h"
 #include "host/PXDadosEmbutidos.h"
 #include "host/PXLeituraJson.h"
+#include "host/PXPermissoesHost.h"
 #include "host/PXTabelaMensagens.h"
 #include "host/PXTiposHost.h"
 #include "permissions/PXControlePermissoes.h"
@@ -122,18 +132,32 @@ private:
     ::Json m_obj;
 };
 
+// SQLite reads some names as something other than a file: an in-memory
+// database, a URI with its own options. A store is always a file.
+const std::string& CaminhoArmazem(const std::string& caminho) {
+    if (caminho.empty()) Erro("o nome do armazém está vazio.");
+    if (caminho == ":memory:" || caminho.rfind("file:", 0) == 0)
+        Erro("\"" + pxjson::Trecho(caminho) + "\" não é o caminho de um arquivo de armazém (para um arquivo com esse nome, use ./" +
+                 pxjson::Trecho(caminho) + ").");
+    return caminho;
+}
+
 // A store opened for a command: its company registered with a factory of
 // connections to it (every routine object opens its own), and a connection
 // of the command's own for what it reads and writes outside the rules.
 class Sessao {
 public:
     Sessao(const Opcoes& o, QZModoAbertura modo)
-        : m_fabrica(std::make_shared<CQZFabricaArmazemSQL>(o.armazem, QZ_ABRE_EXISTENTE, o.esperaMs)) {
+        : m_fabrica(std::make_shared<CQZFabricaArmazemSQL>(CaminhoArmazem(o.armazem), QZ_ABRE_EXISTENTE, o.esperaMs)) {
         CQZDadosGT_Erro erro;
         // The first connection creates the store when asked to.
         m_armazem = std::make_unique<CQZArmazemSQL>(o.armazem, modo, o.esperaMs);
         if (!m_armazem->EstaAberto()) Erro(TextoServico(m_armazem->GetErro()));
-        m_sessao.empresa = CString(o.empresa);
+        // The terminal speaks UTF-8; the rules, Windows-1252.
+        std::string empresa, erroEmpresa;
+        if (!QZUtf8ParaCp1252(o.empresa, empresa, &erroEmpresa))
+            Erro("--company sem forma em Windows-1252: " + erroEmpresa);
+        m_sessao.empresa = CString(std::move(empresa));
         m_sessao.usuario = static_cast<uint16_t>(o.usuario);
         m_sessao.sessao = static_cast<uint32_t>(getpid());
         CQZServicosEmpresa servicos;
@@ -160,26 +184,107 @@ private:
     CPXSessao m_sessao;
 };
 
+// The input of a command: standard input for "-", else the file, which must
+// be a regular file (a folder opens, and reads as empty).
+class Entrada {
+public:
+    Entrada(const std::string& arquivo, std::istream& padrao) : m_nome(arquivo == "-" ? "a entrada padrão" : arquivo) {
+        if (arquivo == "-") {
+            m_in = &padrao;
+            return;
+        }
+        struct stat st {};
+        if (::stat(arquivo.c_str(), &st) != 0)
+            Erro("não foi possível ler o arquivo " + arquivo + ": " + std::strerror(errno) + ".", 0, {});
+        if (S_ISDIR(st.st_mode)) Erro(arquivo + " é uma pasta, não um arquivo.");
+        m_arquivo.open(arquivo, std::ios::binary);
+        if (!m_arquivo) Erro("não foi possível ler o arquivo " + arquivo + ".");
+        m_in = &m_arquivo;
+    }
+    std::istream& Fluxo() { return *m_in; }
+    // Fills `bloco`; false at the end. A read error is an error, not the end.
+    bool Le(char* bloco, size_t tamanho, size_t& lidos) {
+        m_in->read(bloco, static_cast<std::streamsize>(tamanho));
+        lidos = static_cast<size_t>(m_in->gcount());
+        if (m_in->bad()) Erro("não foi possível ler " + m_nome + ".");
+        return lidos > 0;
+    }
+
+private:
+    std::string m_nome;
+    std::ifstream m_arquivo;
+    std::istream* m_in = nullptr;
+};
+
 // The whole input, refused as soon as it passes `maximo` bytes: a huge input
 // is never held whole only to be refused.
-std::string LeEntrada(const std::string& arquivo, std::istream& entrada, size_t maximo = std::string::npos) {
-    std::ifstream f;
-    std::istream* in = &entrada;
-    if (arquivo != "-") {
-        f.open(arquivo, std::ios::binary);
-        if (!f) Erro("não foi possível ler o arquivo " + arquivo + ".");
-        in = &f;
-    }
+std::string LeEntrada(const std::string& arquivo, std::istream& padrao, size_t maximo) {
+    Entrada entrada(arquivo, padrao);
     std::string texto;
     char bloco[1 << 16];
-    while (in->read(bloco, sizeof bloco) || in->gcount() > 0) {
-        texto.append(bloco, static_cast<size_t>(in->gcount()));
+    for (size_t lidos; entrada.Le(bloco, sizeof bloco, lidos);) {
+        texto.append(bloco, lidos);
         if (texto.size() > maximo)
             Erro("a entrada passa de " + std::to_string(maximo) + " bytes, o limite de um registro (--max-line).");
     }
-    if (in->bad()) Erro("não foi possível ler " + (arquivo == "-" ? std::string("a entrada padrão") : arquivo) + ".");
     return texto;
 }
+
+// The lines of an input, one at a time: at most one line and one block are
+// held, and a line is refused as soon as it passes `maximo` bytes.
+class LeitorLinhas {
+public:
+    LeitorLinhas(Entrada& entrada, size_t maximo) : m_entrada(entrada), m_maximo(maximo), m_bloco(1 << 20) {}
+    // The next line, without its '\n'; false at the end of the input. The
+    // view lasts until the next call.
+    bool Proxima(std::string_view& linha) {
+        m_linha.clear();
+        bool emLinha = false;
+        for (;;) {
+            if (m_pos == m_tam) {
+                m_pos = 0;
+                if (!m_entrada.Le(m_bloco.data(), m_bloco.size(), m_tam)) {
+                    m_tam = 0;
+                    if (!emLinha) return false;
+                    ++m_numero;
+                    linha = m_linha;
+                    return true;
+                }
+            }
+            emLinha = true;
+            const char* inicio = m_bloco.data() + m_pos;
+            const size_t resta = m_tam - m_pos;
+            const auto* fim = static_cast<const char*>(std::memchr(inicio, '\n', resta));
+            const size_t n = fim ? static_cast<size_t>(fim - inicio) : resta;
+            if (m_linha.size() + n > m_maximo)
+                Erro("linha de mais de " + std::to_string(m_maximo) + " bytes, além do limite de " +
+                         std::to_string(m_maximo) + " (--max-line)",
+                     m_numero + 1);
+            m_pos += n;
+            if (fim) {
+                ++m_pos;
+                ++m_numero;
+                // A line whole in the block is not copied.
+                linha = m_linha.empty() ? std::string_view(inicio, n) : std::string_view(m_linha.append(inicio, n));
+                return true;
+            }
+            m_linha.append(inicio, n);
+        }
+    }
+    long Numero() const { return m_numero; }
+
+private:
+    Entrada& m_entrada;
+    size_t m_maximo;
+    std::vector<char> m_bloco;
+    size_t m_pos = 0, m_tam = 0;
+    std::string m_linha;
+    long m_numero = 0;
+};
+
+// Output that could not be written (a full disk, a closed pipe): reported
+// on standard error, since the output itself is what failed.
+struct CPXErroSaida {};
 
 const IPXTipoHost& TipoOuErro(const std::string& nome) {
     if (const IPXTipoHost* t = PXBuscaTipoHost(nome)) return *t;
@@ -224,31 +329,60 @@ int64_t ChaveDoArgumento(const IPXTipoHost& tipo, const std::string& texto) {
 
 // ---- commands ---------------------------------------------------------------
 
+// Whether `caminho` is still the file this process created.
+bool MesmoArquivo(const std::string& caminho, const struct stat& criado) {
+    struct stat st {};
+    return ::lstat(caminho.c_str(), &st) == 0 && st.st_dev == criado.st_dev && st.st_ino == criado.st_ino;
+}
+
 int Init(const Opcoes& o, Saida& s) {
-    if (o.armazem != ":memory:" && access(o.armazem.c_str(), F_OK) == 0)
-        Erro("o armazém " + o.armazem + " já existe.");
+    const std::string& caminho = CaminhoArmazem(o.armazem);
+    struct stat st {};
+    if (::lstat(caminho.c_str(), &st) == 0) {
+        if (S_ISLNK(st.st_mode) && ::stat(caminho.c_str(), &st) != 0)
+            Erro(caminho + " é um link simbólico para um arquivo que não existe: o armazém não foi criado.");
+        Erro("o armazém " + caminho + " já existe.");
+    }
+    // Created exclusively: of two inits of one path one wins, and the other
+    // never touches the winner's file. A link is never followed.
+    const int fd = ::open(caminho.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+    if (fd < 0) {
+        if (errno == EEXIST) Erro("o armazém " + caminho + " já existe.");
+        Erro("não foi possível criar o armazém " + caminho + ": " + std::strerror(errno) + ".");
+    }
+    struct stat criado {};
+    const bool identificado = ::fstat(fd, &criado) == 0;
+    const int erroFstat = errno;
+    if (::close(fd) != 0 || !identificado) {
+        const int e = identificado ? errno : erroFstat;
+        if (identificado) ::unlink(caminho.c_str());
+        Erro("não foi possível criar o armazém " + caminho + ": " + std::strerror(e) + ".");
+    }
     size_t registros = 0;
     try {
         Sessao sessao(o, QZ_ABRE_OU_CRIA);
         if (o.demo) registros = PXImportaJsonLinhas(sessao.Armazem(), PXTextoDemo());
-        if (o.demo && o.armazem != ":memory:") PXPreparaDemoAlertas(sessao.Armazem(), o.armazem);
+        if (o.demo) PXPreparaDemoAlertas(sessao.Armazem(), caminho);
     } catch (...) {
-        // Nothing half-made is left behind: the file did not exist.
-        for (const char* sufixo : {"", "-wal", "-shm"}) std::remove((o.armazem + sufixo).c_str());
+        // Nothing half-made is left behind; only this process's own file is
+        // removed (SQLite removes its journal files when the store closes).
+        if (MesmoArquivo(caminho, criado)) ::unlink(caminho.c_str());
         throw;
     }
-    s.Objeto()["store"] = o.armazem;
+    if (!MesmoArquivo(caminho, criado))
+        Erro("o armazém " + caminho + " foi removido ou trocado por outro processo enquanto era criado.");
+    s.Objeto()["store"] = caminho;
     s.Objeto()["schema"] = CQZArmazemSQL::kVersaoEsquema;
     s.Objeto()["records"] = registros;
-    s.Linha("armazém criado: " + o.armazem + " (esquema " + std::to_string(CQZArmazemSQL::kVersaoEsquema) + ")");
+    s.Linha("armazém criado: " + caminho + " (esquema " + std::to_string(CQZArmazemSQL::kVersaoEsquema) + ")");
     if (o.demo) s.Linha("planta de demonstração: " + std::to_string(registros) + " registros");
     return kSaidaOk;
 }
 
-int Import(const Opcoes& o, std::istream& entrada, Saida& s) {
+int Import(const Opcoes& o, std::istream& padrao, Saida& s) {
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
-    const std::string texto = LeEntrada(o.arquivo, entrada);
-    size_t registros = PXImportaJsonLinhas(sessao.Armazem(), texto, o.limites);
+    Entrada entrada(o.arquivo, padrao);
+    const size_t registros = PXImportaJsonLinhas(sessao.Armazem(), entrada.Fluxo(), o.limites);
     s.Objeto()["records"] = registros;
     s.Linha(std::to_string(registros) + " registros importados");
     return kSaidaOk;
@@ -262,34 +396,77 @@ int Export(const Opcoes& o, std::ostream& saida) {
         for (const auto& t : PXTiposHost()) tipos.push_back(t.get());
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
     CQZArmazemSQL& a = sessao.Armazem();
-    std::string linhas, falha;
+    std::string falha, linha;
+    bool saidaFalhou = false;
     // One read transaction: the export is one moment of the store, and it
-    // never waits for a writer.
+    // never waits for a writer. Each line goes out as it is read.
     long hr = a.EmLeitura("Exporta", [&]() -> long {
         for (const IPXTipoHost* t : tipos) {
             std::vector<int64_t> chaves;
             if (long r = t->Chaves(a, chaves)) return r;
+            auto reg = t->Novo();
             for (int64_t chave : chaves) {
-                auto reg = t->Novo();
                 if (long r = t->Le(a, chave, *reg)) return r;
                 try {
-                    linhas += t->ParaJson(*reg).dump(-1, ' ', false) + '\n';
+                    linha = t->ParaJson(*reg).dump(-1, ' ', false);
                 } catch (const CPXErroJson& e) {
                     falha = std::string(t->Nome()) + " na chave " + std::to_string(chave) + ": " + e.what();
                     return QZ_E_REGISTRO_INVALIDO;
+                }
+                linha += '\n';
+                if (!saida.write(linha.data(), static_cast<std::streamsize>(linha.size()))) {
+                    saidaFalhou = true;
+                    return QZ_E_INESPERADO;
                 }
             }
         }
         return 0;
     });
+    if (saidaFalhou) throw CPXErroSaida{};
     if (!falha.empty()) Erro(falha);
     if (hr != 0) Erro(TextoServico(a.GetErro()));
-    saida << linhas;
     return kSaidaOk;
 }
 
 // The failure of a save or a delete that the rules did not answer.
 [[noreturn]] void ErroServico(const CPXServicoRegistros& servico) { Erro(TextoServico(servico.GetErro())); }
+
+// The session's user must exist: a code that names nobody is bad input.
+void VerificaUsuario(Sessao& sessao, int usuario) {
+    const IPXTipoHost* tipo = PXBuscaTipoHost("CQZDadosGT_Usuario");
+    auto reg = tipo->Novo();
+    const long hr = usuario > 0 ? tipo->Le(sessao.Armazem(), usuario, *reg) : QZ_E_REGISTRO_NAO_ENCONTRADO;
+    if (hr == QZ_E_REGISTRO_NAO_ENCONTRADO)
+        Erro("o usuário " + std::to_string(usuario) + " não existe (--user, ou a variável PXLREG_USER).");
+    if (hr != 0) Erro(TextoServico(sessao.Armazem().GetErro()));
+}
+
+// Whether the user lacks the permission the action needs on the screen of
+// the record type; when so, the refusal is the command's output (exit 1).
+bool RecusaSemPermissao(Sessao& sessao, const Opcoes& o, const IPXTipoHost& tipo, EPXAcaoRegistro acao, Saida& s) {
+    VerificaUsuario(sessao, o.usuario);
+    const int tela = PXTipoPermissaoDoRegistro(tipo.Nome());
+    if (tela == 0) return false;
+    CPXControlePermissoes controle;
+    sessao.Inicializa(controle);
+    CPXDadosPermissaoUsuario flags;
+    (void)controle.GetPermissoes(static_cast<CPXControlePermissoes::PXControlePermissao>(tela), &flags);
+    // A permission record that cannot be read is a store that cannot be used.
+    if (!controle.EhErroNenhum()) Erro(TextoServico(controle));
+    const std::string falta = PXPermissaoQueFalta(tela, acao, flags);
+    if (falta.empty()) return false;
+    const std::string texto = "o usuário " + std::to_string(o.usuario) + " não tem a permissão " + falta +
+                              " na tela " + std::to_string(tela) + " (" + PXNomeTipoPermissao(tela) + ")";
+    s.Objeto()["type"] = tipo.Nome();
+    s.Objeto()["allowed"] = false;
+    s.Objeto()["written"] = false;
+    s.Objeto()["user"] = o.usuario;
+    s.Objeto()["kind"] = tela;
+    s.Objeto()["permission"] = Utf8(falta);
+    s.Objeto()["text"] = Utf8(texto);
+    s.Linha("recusado: " + texto);
+    return true;
+}
 
 int Save(const Opcoes& o, std::istream& entrada, Saida& s) {
     const IPXTipoHost& tipo = TipoOuErro(o.tipo);
@@ -298,6 +475,19 @@ int Save(const Opcoes& o, std::istream& entrada, Saida& s) {
     auto reg = Registro(tipo, j, 0);
     if (!tipo.Tratador(*reg))
         Erro(std::string("o tipo ") + tipo.Nome() + " não tem regras de gravação: carregue-o com import.");
+    // A key names a stored record to change: one that is not there is bad
+    // input, not a save the rules refuse.
+    if (const int64_t chave = tipo.ChaveInformada(*reg)) {
+        auto gravado = tipo.Novo();
+        const long hr = tipo.Le(sessao.Armazem(), chave, *gravado);
+        if (hr == QZ_E_REGISTRO_NAO_ENCONTRADO)
+            Erro(std::string("não há ") + tipo.Nome() + " na chave " + pxjson::Trecho(j[tipo.CampoChave()].dump()) +
+                     " para alterar; para incluir um registro, omita o campo.",
+                 0, tipo.CampoChave());
+        if (hr != 0) Erro(TextoServico(sessao.Armazem().GetErro()));
+    }
+    const EPXAcaoRegistro acao = tipo.ChaveInformada(*reg) ? EPXAcaoRegistro::ALTERAR : EPXAcaoRegistro::INCLUIR;
+    if (RecusaSemPermissao(sessao, o, tipo, acao, s)) return kSaidaRecusado;
 
     CPXServicoRegistros servico(sessao.Host());
     CPXResultadoRegistro resultado;
@@ -322,6 +512,7 @@ int Delete(const Opcoes& o, Saida& s) {
     const IPXTipoHost& tipo = TipoOuErro(o.tipo);
     const int64_t chave = ChaveDoArgumento(tipo, o.chave);
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
+    if (RecusaSemPermissao(sessao, o, tipo, EPXAcaoRegistro::EXCLUIR, s)) return kSaidaRecusado;
     CPXServicoRegistros servico(sessao.Host());
     std::unique_ptr<TQZBaseParaDados> reg;
     CPXResultadoRegistro resultado;
@@ -345,7 +536,11 @@ int Delete(const Opcoes& o, Saida& s) {
 }
 
 int Permissions(const Opcoes& o, Saida& s) {
+    if (o.tipoPermissao < CPXControlePermissoes::PX_PERMISSAO_CONFIGURACAO ||
+        o.tipoPermissao > CPXControlePermissoes::PX_PERMISSAO_ALTERAR_ITEM_INF_DOC_FISCAL)
+        Erro("KIND " + std::to_string(o.tipoPermissao) + " não é um tipo de permissão: os tipos vão de 1 a 29 (veja pxlreg help permissions).");
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
+    VerificaUsuario(sessao, o.usuario);
     CPXControlePermissoes controle;
     sessao.Inicializa(controle);
     CPXDadosPermissaoUsuario dados;
@@ -402,51 +597,248 @@ std::string U(const char* cp1252) { return Utf8(std::string(cp1252)); }
 
 }  // namespace
 
-size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view texto, const CPXLimitesJson& limites) {
-    struct Linha {
-        const IPXTipoHost* tipo;
-        std::unique_ptr<TQZBaseParaDados> reg;
-        long numero;
-    };
-    std::vector<Linha> linhas;
-    long numero = 0;
-    for (size_t inicio = 0; inicio < texto.size();) {
-        size_t fim = texto.find('\n', inicio);
-        if (fim == std::string_view::npos) fim = texto.size();
-        std::string_view l = texto.substr(inicio, fim - inicio);
-        inicio = fim + 1;
-        ++numero;
-        if (l.find_first_not_of(" \t\r") == std::string_view::npos) continue;
-        Json j = ParseJson(l, numero, limites);
-        if (!j.is_object()) Erro("esperava um objeto JSON", numero);
-        auto t = j.find("type");
-        if (t == j.end() || !t->is_string()) Erro("falta o tipo do registro", numero, "type");
-        const IPXTipoHost* tipo = PXBuscaTipoHost(t->get<std::string>());
-        if (!tipo || t->get<std::string>() != tipo->Nome())
-            Erro("tipo de registro desconhecido \"" + pxjson::Trecho(t->get<std::string>()) + "\"", numero, "type");
-        linhas.push_back({tipo, Registro(*tipo, j, numero), numero});
+namespace {
+
+// One record of an import, read and checked, waiting for its write.
+struct RegistroLido {
+    const IPXTipoHost* tipo;
+    std::unique_ptr<TQZBaseParaDados> reg;
+    long numero;
+};
+
+// An import runs as two stages: one thread reads and parses the lines, the
+// command's own thread writes the records, in order, in its transaction.
+// Between them a short queue of batches bounds memory; an error of the
+// reader reaches the writer after every record before it, so the first bad
+// line is the one reported either way.
+class FilaImportacao {
+public:
+    static constexpr size_t kLote = 512;
+    static constexpr size_t kLotesMaximos = 8;
+
+    // Reader side: false when the writer gave up.
+    bool Entrega(std::vector<RegistroLido>&& lote) {
+        std::unique_lock<std::mutex> trava(m_mutex);
+        m_cheia.wait(trava, [&] { return m_lotes.size() < kLotesMaximos || m_desistiu; });
+        if (m_desistiu) return false;
+        m_lotes.push_back(std::move(lote));
+        m_vazia.notify_one();
+        return true;
     }
+    void Termina(std::exception_ptr erro) {
+        std::lock_guard<std::mutex> trava(m_mutex);
+        m_fim = true;
+        m_erro = std::move(erro);
+        m_vazia.notify_one();
+    }
+    // Writer side: false at the end (rethrowing the reader's error, if any).
+    bool Proximo(std::vector<RegistroLido>& lote) {
+        std::unique_lock<std::mutex> trava(m_mutex);
+        m_vazia.wait(trava, [&] { return !m_lotes.empty() || m_fim; });
+        if (m_lotes.empty()) {
+            if (m_erro) std::rethrow_exception(m_erro);
+            return false;
+        }
+        lote = std::move(m_lotes.front());
+        m_lotes.pop_front();
+        m_cheia.notify_one();
+        return true;
+    }
+    void Desiste() {
+        std::lock_guard<std::mutex> trava(m_mutex);
+        m_desistiu = true;
+        m_cheia.notify_one();
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_cheia, m_vazia;
+    std::deque<std::vector<RegistroLido>> m_lotes;
+    bool m_fim = false, m_desistiu = false;
+    std::exception_ptr m_erro;
+};
+
+// The reader stage: every line of the input into records, in batches.
+void LeRegistros(std::istream& entrada, const CPXLimitesJson& limites, FilaImportacao& fila) {
+    Entrada fonte("-", entrada);
+    LeitorLinhas leitor(fonte, limites.linha);
+    std::vector<RegistroLido> lote;
+    const IPXTipoHost* ultimo = nullptr;  // lines of one type usually come together
+    std::string_view l;
+    try {
+        while (leitor.Proxima(l)) {
+            const long numero = leitor.Numero();
+            if (l.find_first_not_of(" \t\r") == std::string_view::npos) continue;
+            const Json j = ParseJson(l, numero, limites);
+            if (!j.is_object()) Erro("esperava um objeto JSON", numero);
+            auto t = j.find("type");
+            if (t == j.end() || !t->is_string()) Erro("falta o tipo do registro", numero, "type");
+            const std::string& nome = t->get_ref<const std::string&>();
+            const IPXTipoHost* tipo = ultimo && nome == ultimo->Nome() ? ultimo : PXBuscaTipoHost(nome);
+            if (!tipo || nome != tipo->Nome())
+                Erro("tipo de registro desconhecido \"" + pxjson::Trecho(nome) + "\"", numero, "type");
+            ultimo = tipo;
+            lote.push_back({tipo, Registro(*tipo, j, numero), numero});
+            if (lote.size() == FilaImportacao::kLote) {
+                if (!fila.Entrega(std::move(lote))) return;
+                lote.clear();
+                lote.reserve(FilaImportacao::kLote);
+            }
+        }
+    } catch (...) {
+        // The records before the bad line are written first: one of them
+        // may fail earlier in the file.
+        if (!lote.empty()) fila.Entrega(std::move(lote));
+        throw;
+    }
+    if (!lote.empty()) fila.Entrega(std::move(lote));
+}
+
+}  // namespace
+
+size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::istream& entrada, const CPXLimitesJson& limites) {
+    size_t registros = 0;
     long linhaFalha = 0;
-    long hr = armazem.EmTransacao("Importa", [&]() -> long {
-        for (auto& l : linhas) {
-            if (long r = l.tipo->Restaura(armazem, *l.reg)) {
-                linhaFalha = l.numero;
-                return r;
+    // All or nothing in one transaction; memory stays that of a few batches.
+    const long hr = armazem.EmTransacao("Importa", [&]() -> long {
+        FilaImportacao fila;
+        std::thread leitor([&] {
+            try {
+                LeRegistros(entrada, limites, fila);
+                fila.Termina(nullptr);
+            } catch (...) {
+                fila.Termina(std::current_exception());
+            }
+        });
+        // The reader stops and is joined however the writes end.
+        struct Espera {
+            FilaImportacao& fila;
+            std::thread& leitor;
+            ~Espera() {
+                fila.Desiste();
+                leitor.join();
+            }
+        } espera{fila, leitor};
+        std::vector<RegistroLido> lote;
+        while (fila.Proximo(lote)) {
+            for (auto& r : lote) {
+                if (long falha = r.tipo->Restaura(armazem, *r.reg)) {
+                    linhaFalha = r.numero;
+                    return falha;
+                }
+                ++registros;
             }
         }
         return 0;
     });
     if (hr != 0) Erro(TextoServico(armazem.GetErro()), linhaFalha);
-    return linhas.size();
+    return registros;
 }
 
-int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& entrada, std::ostream& saida,
-                   std::ostream& erros) {
+size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view texto, const CPXLimitesJson& limites) {
+    // The text read in place, without a copy.
+    struct Memoria : std::streambuf {
+        explicit Memoria(std::string_view t) {
+            char* p = const_cast<char*>(t.data());
+            setg(p, p, p + t.size());
+        }
+    } memoria(texto);
+    std::istream entrada(&memoria);
+    return PXImportaJsonLinhas(armazem, entrada, limites);
+}
+
+namespace {
+
+// CLI11's own words, in the program's language.
+void EmPortugues(CLI::App& app) {
+    auto formato = app.get_formatter();
+    for (const auto& [chave, texto] : std::initializer_list<std::pair<const char*, const char*>>{
+             {"Usage", "Uso"}, {"OPTIONS", "OPÇÕES"}, {"Positionals", "Argumentos"}, {"REQUIRED", "OBRIGATÓRIO"},
+             {"Env", "Variável"}, {"Needs", "Requer"}, {"Excludes", "Exclui"}, {"TEXT", "TEXTO"},
+             {"INT", "INTEIRO"}, {"UINT", "NATURAL"}, {"SIZE", "TAMANHO"}})
+        formato->label(chave, Utf8(std::string(texto)));
+    app.option_defaults()->group(Utf8(std::string("Opções")));
+    app.set_help_flag("-h,--help", Utf8(std::string("mostra esta ajuda")));
+}
+
+// A usage error of CLI11 told in Portuguese: what is wrong, then the
+// library's detail (names and values as given).
+std::string ErroDeUsoEmPortugues(const CLI::ParseError& e) {
+    const std::string texto = e.what(), nome = e.get_name();
+    auto depois = [&](const std::string& marca) {
+        const size_t p = texto.find(marca);
+        return p == std::string::npos ? texto : texto.substr(p + marca.size());
+    };
+    if (nome == "RequiredError") {
+        const size_t p = texto.find(" is required");
+        if (p != std::string::npos) return "falta " + texto.substr(0, p) + Utf8(std::string(", que é obrigatório."));
+        return Utf8(std::string("falta um argumento obrigatório: ")) + texto;
+    }
+    if (texto.find("not expected:") != std::string::npos) return "argumentos a mais:" + depois("not expected:");
+    if (nome == "ConversionError" || nome == "ValidationError" || nome == "ArgumentMismatch")
+        return Utf8(std::string("valor inválido: ")) + texto;
+    return Utf8(std::string("uso inválido: ")) + texto;
+}
+
+// The names of the commands, for the messages that list them.
+std::string ListaComandos(const CLI::App& app) {
+    std::string lista;
+    for (const CLI::App* sub : app.get_subcommands({}))
+        lista += (lista.empty() ? "" : ", ") + sub->get_name();
+    return lista;
+}
+
+int FalhaDeUso(const std::string& textoUtf8, bool json, std::ostream& saida, std::ostream& erros) {
+    if (json)
+        saida << Json{{"command", nullptr}, {"error", {{"text", textoUtf8}}}}.dump(-1, ' ', false, Json::error_handler_t::replace)
+              << '\n';
+    else
+        erros << "pxlreg: erro: " << textoUtf8 << '\n' << Utf8(std::string("Ajuda: pxlreg --help")) << '\n';
+    return kSaidaErro;
+}
+
+int ComandoDesconhecido(const CLI::App& app, const std::string& nome, bool json, std::ostream& saida,
+                        std::ostream& erros) {
+    return FalhaDeUso(Utf8("comando desconhecido \"" + pxjson::Trecho(nome) + "\"; os comandos são: " +
+                           ListaComandos(app) + "."),
+                      json, saida, erros);
+}
+
+// A usage error: an unknown command is named with the list of commands;
+// --json is honoured here too.
+int ErroDeUso(const CLI::App& app, const std::vector<std::string>& argumentos, const CLI::ParseError& e,
+              std::ostream& saida, std::ostream& erros) {
+    const bool json = std::find(argumentos.begin(), argumentos.end(), "--json") != argumentos.end();
+    static const std::set<std::string> kComValor = {"--wait", "--max-line", "--max-text", "--max-list"};
+    for (size_t i = 1; i < argumentos.size(); ++i) {
+        const std::string& a = argumentos[i];
+        if (kComValor.count(a)) {
+            ++i;
+            continue;
+        }
+        if (a.empty() || a[0] == '-') continue;
+        bool conhecido = false;
+        for (const CLI::App* sub : app.get_subcommands({})) conhecido = conhecido || sub->get_name() == a;
+        if (!conhecido) return ComandoDesconhecido(app, a, json, saida, erros);
+        break;
+    }
+    if (app.get_subcommands().empty() && argumentos.size() <= 1)
+        return FalhaDeUso(Utf8("falta o comando; os comandos são: " + ListaComandos(app) + "."), json, saida, erros);
+    return FalhaDeUso(ErroDeUsoEmPortugues(e), json, saida, erros);
+}
+
+int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, std::ostream& saida,
+            std::ostream& erros) {
     TabelaDoComando tabela;
     Opcoes o;
     CLI::App app{U("pxlreg: as regras do módulo de manutenção sobre um armazém SQLite")};
+    EmPortugues(app);
     app.require_subcommand(1);
     app.fallthrough();
+    app.set_version_flag("--version", "pxlreg " PXLREG_VERSAO, U("mostra a versão"));
+    app.footer(U("Saída: 0 feito (ou permitido); 1 recusado pelas regras ou pelas permissões (o veredito é "
+                 "mostrado), ou check com danos; 2 entrada inválida, armazém inutilizável, saída que não pôde ser "
+                 "escrita ou erro de uso.\nAjuda de um comando: pxlreg help COMANDO."));
     app.add_flag("--json", o.json, U("saída em JSON, um objeto por comando"));
     app.add_option("--wait", o.esperaMs, U("quanto uma gravação espera por outra, em milissegundos"))
         ->check(CLI::Range(0, 600000));
@@ -466,43 +858,74 @@ int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& ent
     init->add_flag("--demo", o.demo, U("preenche uma planta de demonstração"));
 
     auto* import = app.add_subcommand("import", U("importa registros em JSON Lines: todos ou nenhum"));
-    import->add_option("STORE", o.armazem)->required();
+    import->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
     import->add_option("FILE", o.arquivo, U("arquivo JSON Lines, ou - para a entrada padrão"))->required();
 
     auto* exporta = app.add_subcommand("export", U("exporta os registros em JSON Lines"));
-    exporta->add_option("STORE", o.armazem)->required();
+    exporta->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
     exporta->add_option("--type", o.tipo, U("só os registros deste tipo"));
 
     auto* save = app.add_subcommand("save", U("grava um registro se as regras permitirem"));
-    save->add_option("STORE", o.armazem)->required();
+    save->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
     save->add_option("TYPE", o.tipo, U("tipo do registro, como CQZDadosPX_Prioridade ou Prioridade"))->required();
     save->add_option("FILE", o.arquivo, U("o registro em JSON, ou - para a entrada padrão"))->required();
     save->add_option("--company", o.empresa, U("empresa da sessão"));
-    save->add_option("--user", o.usuario, U("código do usuário da sessão"))->check(CLI::Range(0, 65535));
+    save->add_option("--user", o.usuario, U("código do usuário que grava (ou a variável PXLREG_USER; sem os dois, 1)"))
+        ->envname("PXLREG_USER")
+        ->check(CLI::Range(0, 65535));
     save->add_flag("--dry-run", o.simulacao, U("só consulta as regras, sem gravar"));
 
     auto* del = app.add_subcommand("delete", U("exclui um registro se as regras permitirem"));
-    del->add_option("STORE", o.armazem)->required();
-    del->add_option("TYPE", o.tipo)->required();
+    del->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
+    del->add_option("TYPE", o.tipo, U("tipo do registro, como CQZDadosPX_Tarefa ou Tarefa (veja pxlreg help)"))->required();
     del->add_option("POSITION", o.chave, U("posição do registro (ou chave AAAA-MM/N de um movimento)"))->required();
     del->add_option("--company", o.empresa, U("empresa da sessão"));
-    del->add_option("--user", o.usuario, U("código do usuário da sessão"))->check(CLI::Range(0, 65535));
+    del->add_option("--user", o.usuario, U("código do usuário que exclui (ou a variável PXLREG_USER; sem os dois, 1)"))
+        ->envname("PXLREG_USER")
+        ->check(CLI::Range(0, 65535));
 
     auto* perm = app.add_subcommand("permissions", U("as treze permissões de um usuário em uma tela ou função"));
-    perm->add_option("STORE", o.armazem)->required();
-    perm->add_option("KIND", o.tipoPermissao, U("a tela ou função (1 a 29)"))->required();
-    perm->add_option("--user", o.usuario, U("código do usuário"))->required()->check(CLI::Range(0, 65535));
+    perm->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
+    std::string tiposPermissao = "a tela ou função, de 1 a 29:";
+    for (int k = 1; k <= 29; ++k) tiposPermissao += " " + std::to_string(k) + " " + PXNomeTipoPermissao(k) + (k < 29 ? ";" : ".");
+    perm->add_option("KIND", o.tipoPermissao, Utf8(tiposPermissao))->required();
+    perm->add_option("--user", o.usuario, U("código do usuário (ou a variável PXLREG_USER)"))
+        ->envname("PXLREG_USER")
+        ->required()
+        ->check(CLI::Range(0, 65535));
     perm->add_option("--company", o.empresa, U("empresa da sessão"));
-    const CPXComandoAdicional adicionais[] = {PXComandoContaEmail(app), PXComandoModelo(app), PXComandoAlertas(app),
-                                              PXComandoDaemon(app)};
+    std::string comandoAjuda;
+    auto* ajuda = app.add_subcommand("help", U("mostra a ajuda do programa, ou de um comando"));
+    ajuda->add_option("COMMAND", comandoAjuda, U("o comando"));
+    const CPXComandoAdicional adicionais[] = {PXComandoContaEmail(app), PXComandoModelo(app),
+                                              PXComandoVerifica(app), PXComandoTipos(app), PXComandoMensagens(app),
+                                              PXComandoAlertas(app), PXComandoDaemon(app)};
 
+    for (CLI::App* sub : app.get_subcommands({})) {
+        sub->group("Comandos");
+        if (CLI::Option* ajuda = sub->get_help_ptr()) ajuda->group(Utf8(std::string("Opções")));
+    }
     std::vector<const char*> argv;
     for (const auto& a : argumentos) argv.push_back(a.c_str());
     try {
         app.parse(static_cast<int>(argv.size()), argv.data());
     } catch (const CLI::ParseError& e) {
-        int codigo = app.exit(e, saida, erros);
-        return codigo == 0 ? kSaidaOk : kSaidaErro;
+        if (e.get_exit_code() == 0) {
+            (void)app.exit(e, saida, erros);
+            return kSaidaOk;
+        }
+        return ErroDeUso(app, argumentos, e, saida, erros);
+    }
+    if (ajuda->parsed()) {
+        CLI::App* alvo = &app;
+        if (!comandoAjuda.empty()) {
+            alvo = nullptr;
+            for (CLI::App* sub : app.get_subcommands({}))
+                if (sub->get_name() == comandoAjuda) alvo = sub;
+            if (!alvo) return ComandoDesconhecido(app, comandoAjuda, o.json, saida, erros);
+        }
+        saida << alvo->help();
+        return kSaidaOk;
     }
 
     for (const auto& c : adicionais)
@@ -530,4 +953,23 @@ int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& ent
     } catch (const std::exception& e) {
         return s.Falha(CPXErroEntrada{std::string("falha inesperada: ") + e.what(), 0, {}});
     }
+}
+
+}  // namespace
+
+int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& entrada, std::ostream& saida,
+                   std::ostream& erros) {
+    int codigo;
+    try {
+        codigo = Comando(argumentos, entrada, saida, erros);
+    } catch (const CPXErroSaida&) {
+        codigo = kSaidaErro;
+        saida.setstate(std::ios::badbit);
+    }
+    // Output that was not all written fails the command, whatever it did:
+    // a cut export must never look complete.
+    if (saida.flush()) return codigo;
+    erros << "pxlreg: erro: " << Utf8(std::string("não foi possível escrever a saída (disco cheio, ou a saída foi fechada).")) << '\n';
+    erros.flush();
+    return kSaidaErro;
 }

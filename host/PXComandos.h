@@ -19,8 +19,11 @@ class CQZArmazemSQL;
                    std::ostream& erros);
 
 // Loads JSON Lines records into the store in one transaction: every line
-// or none, each line within `limites`. Returns the number of records; on bad
-// input throws CPXErroEntrada naming the line and the field.
+// or none, each line within `limites`. The input is read and written line
+// by line, never held whole. Returns the number of records; on bad input
+// throws CPXErroEntrada naming the line and the field.
+[[nodiscard]] size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::istream& entradaUtf8,
+                                         const CPXLimitesJson& limites = {});
 [[nodiscard]] size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view textoUtf8,
                                          const CPXLimitesJson& limites = {});
 

@@ -27,3 +27,9 @@ class CQZArmazemSQL;
 // alert template and outbox folder beside the store, and alerts due today.
 // Throws CPXErroEntrada.
 void PXPreparaDemoAlertas(CQZArmazemSQL& armazem, const std::string& caminhoArmazem);
+// check STORE: SQLite's integrity check of a store.
+CPXComandoAdicional PXComandoVerifica(CLI::App& app);
+// types: every record type and what the command line does with it.
+CPXComandoAdicional PXComandoTipos(CLI::App& app);
+// messages [NUMBER] [--module M]: the texts of the numbered messages.
+CPXComandoAdicional PXComandoMensagens(CLI::App& app);

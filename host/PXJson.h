@@ -24,6 +24,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <limits>
 #include <set>
 #include <stdexcept>
@@ -112,18 +113,25 @@ struct Escritor {
 struct Leitor {
     const Json& obj;
     std::string prefixo;
-    std::set<std::string> lidos;
+    // The fields of the record, by their declared names (which outlive it),
+    // and how many of them the object has.
+    std::vector<const char*> lidos;
+    size_t presentes = 0;
     template <class T>
     void Campo(const char* nome, T& v, unsigned) {
-        lidos.insert(nome);
-        if (auto it = obj.find(nome); it != obj.end()) DeValor(*it, v, prefixo + nome);
+        lidos.push_back(nome);
+        if (auto it = obj.find(nome); it != obj.end()) {
+            ++presentes;
+            DeValor(*it, v, prefixo.empty() ? std::string(nome) : prefixo + nome);
+        }
     }
     template <class E>
     void Lista(const char* nome, std::vector<E>& l) {
-        lidos.insert(nome);
+        lidos.push_back(nome);
         l.clear();
         auto it = obj.find(nome);
         if (it == obj.end()) return;
+        ++presentes;
         const std::string campo = prefixo + nome;
         if (!it->is_array()) Falha(campo, "esperava uma lista (array JSON)");
         for (size_t i = 0; i < it->size(); ++i) {
@@ -134,8 +142,12 @@ struct Leitor {
     }
     // Every member of the object must be a field of the record.
     void ConfereDesconhecidos(const std::set<std::string>& aceitos = {}) const {
-        for (auto it = obj.begin(); it != obj.end(); ++it)
-            if (!lidos.count(it.key()) && !aceitos.count(it.key())) Falha(prefixo + Trecho(it.key()), "campo desconhecido");
+        // Keys are unique: when every member was a field there is nothing to look for.
+        if (presentes == obj.size()) return;
+        for (auto it = obj.begin(); it != obj.end(); ++it) {
+            const bool lido = std::any_of(lidos.begin(), lidos.end(), [&](const char* n) { return it.key() == n; });
+            if (!lido && !aceitos.count(it.key())) Falha(prefixo + Trecho(it.key()), "campo desconhecido");
+        }
     }
 };
 

@@ -171,15 +171,15 @@ public:
 
     bool key(string_t& chave) override {
         Nivel& n = m_niveis.back();
-        n.chave = Trecho(chave);
+        n.chave = chave;
         if (!TextoAceito(chave)) return false;
-        if (n.chaves.size() >= m_limites.lista)
+        auto& membros = static_cast<Json::object_t::Container&>(n.valor->get_ref<Json::object_t&>());
+        if (membros.size() >= m_limites.lista)
             return Falha("objeto com mais de " + std::to_string(m_limites.lista) + " campos (--max-list)");
-        if (!n.chaves.insert(chave).second) return Falha("campo repetido no objeto");
+        if (Repetida(n, membros, chave)) return Falha("campo repetido no objeto");
         // The key is known to be new: appended without the object's own
         // search for it, which is linear and would make a wide object
         // quadratic.
-        auto& membros = static_cast<Json::object_t::Container&>(n.valor->get_ref<Json::object_t&>());
         membros.emplace_back(std::move(chave), nullptr);
         m_membro = &membros.back().second;
         return true;
@@ -203,10 +203,24 @@ public:
 private:
     struct Nivel {
         Json* valor;
-        std::optional<std::string> chave;     // of the member being read (objects), as quoted; none between members
+        std::optional<std::string> chave;     // of the member being read (objects); none between members
         size_t indice = std::string::npos;  // of the entry being read (lists); npos between entries
-        std::unordered_set<std::string> chaves;
+        std::unordered_set<std::string> chaves;  // of a wide object only
     };
+
+    // Records have a few fields: their keys are compared one by one; a wide
+    // object's are kept in a set, so that it is not quadratic.
+    static constexpr size_t kObjetoLargo = 32;
+    static bool Repetida(Nivel& n, const Json::object_t::Container& membros, const std::string& chave) {
+        if (membros.size() < kObjetoLargo) {
+            for (const auto& m : membros)
+                if (m.first == chave) return true;
+            return false;
+        }
+        if (n.chaves.empty())
+            for (const auto& m : membros) n.chaves.insert(m.first);
+        return !n.chaves.insert(chave).second;
+    }
 
     bool Falha(std::string motivo) {
         m_erro = Erro{Caminho(), std::move(motivo), 0, false};
@@ -281,7 +295,7 @@ private:
         for (const Nivel& n : m_niveis) {
             if (n.valor->is_object()) {
                 if (!n.chave) break;
-                caminho += (caminho.empty() ? "" : ".") + *n.chave;
+                caminho += (caminho.empty() ? "" : ".") + Trecho(*n.chave);
             } else {
                 if (n.indice == std::string::npos) break;
                 caminho += "[" + std::to_string(n.indice) + "]";

@@ -18,6 +18,21 @@ public:
     // JSON <-> record. DeJson throws CPXErroJson.
     virtual void DeJson(const nlohmann::ordered_json& j, TQZBaseParaDados& r) const = 0;
     virtual nlohmann::ordered_json ParaJson(const TQZBaseParaDados& r) const = 0;
+    // The stored record a record names (its position or movement key; 0 for
+    // a new one, and for one-record tables), and the field that names it.
+    virtual int64_t ChaveInformada(const TQZBaseParaDados& r) const = 0;
+    virtual const char* CampoChave() const = 0;
+};
+
+// The name of a record's key field (the position, unless it declares one).
+struct PXVisitanteNomeChave {
+    const char* nome = "Posicao";
+    template <class T>
+    void Campo(const char* n, const T&, unsigned opcoes) {
+        if (opcoes & QZ_CHAVE) nome = n;
+    }
+    template <class E>
+    void Lista(const char*, const std::vector<E>&) {}
 };
 
 template <class R>
@@ -30,6 +45,22 @@ public:
     }
     nlohmann::ordered_json ParaJson(const TQZBaseParaDados& r) const override {
         return PXRegistroParaJson(Base::Tipado(r));
+    }
+    int64_t ChaveInformada(const TQZBaseParaDados& r) const override {
+        if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_POSICAO) {
+            return Base::Tipado(r).GetPosicao();
+        } else if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_DMC) {
+            const REG_QZDMC chave = QZChaveDmcDe(Base::Tipado(r));
+            return chave.EhValido() ? static_cast<int64_t>(chave.GetValor()) : 0;
+        } else {
+            return 0;
+        }
+    }
+    const char* CampoChave() const override {
+        PXVisitanteNomeChave v;
+        R modelo;
+        modelo.VisitaCampos(v);
+        return v.nome;
     }
 };
 

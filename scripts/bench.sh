@@ -1,31 +1,73 @@
 #!/usr/bin/env bash
-# Builds and runs the benchmarks (Release), then prints the save validations
-# per second of each workload on the file store and in memory, and the ratio.
+# Builds and runs the benchmarks (Release), then prints:
+# - each save validation against the same reads issued directly with the
+#   sqlite3 C API (validation / raw reads, in memory and on file);
+# - import of n priorities (PXLREG_BENCH_IMPORTA, 1M) against sqlite3
+#   inserting the same rows through one prepared INSERT in one transaction;
+# - the peak memory of `pxlreg import` of 1M and 10M records
+#   (PXLREG_BENCH_MEMORIA: the sizes, "1000000 10000000"; empty skips it).
 # Usage: scripts/bench.sh [extra Google Benchmark options]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/deps.sh
 BUILD="${PXLREG_BENCH_BUILD:-build-bench}"
 cmake -S . -B "$BUILD" -DCMAKE_BUILD_TYPE=Release -DPXLREG_TESTS=OFF -DPXLREG_BENCHMARKS=ON >/dev/null
-cmake --build "$BUILD" -j"$(nproc)" --target pxlreg_bench
+cmake --build "$BUILD" -j"$(nproc)" --target pxlreg_bench pxlreg_cli
 OUT="$BUILD/bench.json"
 "./$BUILD/pxlreg_bench" --benchmark_out="$OUT" --benchmark_out_format=json "$@"
-python3 - "$OUT" <<'PY'
-import json, sys, re
+python3 - "$OUT" "./$BUILD/pxlreg" "${PXLREG_BENCH_MEMORIA-1000000 10000000}" <<'PY'
+import json, os, re, resource, subprocess, sys, tempfile, time
+
 runs = json.load(open(sys.argv[1]))["benchmarks"]
 rate = {}
 for r in runs:
     if r.get("error_occurred"):
         sys.exit(f"{r['name']}: {r.get('error_message')}")
-    m = re.match(r"(\w+)/arquivo:(\d)/n:(\d+)", r["name"])
-    if m and "items_per_second" in r:
-        rate[(m[1], int(m[3]), m[2] == "1")] = r["items_per_second"]
-print()
-print(f"{'workload':24} {'records':>8} {'memory/s':>12} {'file/s':>12} {'file/memory':>12}")
-for (nome, n, arquivo) in sorted(rate):
-    if arquivo:
-        continue
-    mem, arq = rate[(nome, n, False)], rate.get((nome, n, True))
-    if arq:
-        print(f"{nome:24} {n:>8} {mem:>12,.0f} {arq:>12,.0f} {arq / mem:>12.2f}")
+    if "items_per_second" in r:
+        rate[r["name"]] = r["items_per_second"]
+
+# Validation / raw reads: time per validation over time per replay of its reads.
+casos = {}
+for nome, v in rate.items():
+    m = re.match(r"(.+)/(valida|leituras)/arquivo:(\d)/n:(\d+)", nome)
+    if m:
+        casos.setdefault((m[1], int(m[4])), {})[(m[2], m[3] == "1")] = v
+if casos:
+    print()
+    print(f"{'validation':28} {'records':>8} {'memory: valid./raw':>19} {'file: valid./raw':>17}")
+    for (nome, n), c in sorted(casos.items()):
+        def razao(arquivo):
+            v, l = c.get(("valida", arquivo)), c.get(("leituras", arquivo))
+            return f"{l / v:.2f}" if v and l else "-"
+        print(f"{nome:28} {n:>8} {razao(False):>19} {razao(True):>17}")
+
+def importa(nome):
+    return next((v for k, v in rate.items() if k.split("/")[:2] == ["importa", nome]), None)
+json_rate, sqlite_rate = importa("json"), importa("sqlite3")
+if json_rate and sqlite_rate:
+    print()
+    print(f"import: {json_rate:,.0f} records/s; sqlite3, one prepared INSERT: {sqlite_rate:,.0f} rows/s; "
+          f"ratio {json_rate / sqlite_rate:.2f} (goal: at least 0.50)")
+
+# Peak memory of the command line's import, each size in a process of its own.
+pxlreg = sys.argv[2]
+for n in [int(x) for x in sys.argv[3].split()]:
+    with tempfile.TemporaryDirectory(prefix="pxlreg_bench_") as d:
+        entrada, armazem = os.path.join(d, "p.jsonl"), os.path.join(d, "p.db")
+        with open(entrada, "w") as f:
+            for i in range(1, n + 1):
+                f.write('{"type":"CQZDadosPX_Prioridade","Posicao":%d,"Codigo":"P%07d","Descricao":"Prioridade %d",'
+                        '"PrioridadeBase":%d,"DmaHmsAtualizacao":"2026-01-02T03:04:05+00:00"}\n' % (i, i, i, i % 101))
+        subprocess.run([pxlreg, "init", armazem], check=True, stdout=subprocess.DEVNULL)
+        # getrusage's high-water mark covers every child so far: each size
+        # runs in a child of its own to be measured alone.
+        codigo = ("import resource, subprocess, sys, time\n"
+                  "t = time.monotonic()\n"
+                  "subprocess.run(sys.argv[1:], check=True, stdout=subprocess.DEVNULL)\n"
+                  "print(time.monotonic() - t, resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)\n")
+        saida = subprocess.run([sys.executable, "-c", codigo, pxlreg, "import", armazem, entrada],
+                               check=True, capture_output=True, text=True).stdout.split()
+        segundos, pico_kib = float(saida[0]), int(saida[1])
+        print(f"pxlreg import of {n:,} records: {n / segundos:,.0f} records/s, peak memory {pico_kib / 1024:.1f} MiB "
+              f"(goal: under 64 MiB)")
 PY
