@@ -12,7 +12,9 @@
 #include <mutex>
 #include <sstream>
 
+#include "host/PXComandosAdicionais.h"
 #include "host/PXDadosEmbutidos.h"
+#include "host/PXLeituraJson.h"
 #include "host/PXTabelaMensagens.h"
 #include "host/PXTiposHost.h"
 #include "permissions/PXControlePermissoes.h"
@@ -72,6 +74,7 @@ struct Opcoes {
     uint32_t situacao = 0;
     bool tarefas = false;
     bool componentes = false;
+    CPXLimitesJson limites;
 };
 
 // The output of one command: its human text or its JSON object.
@@ -106,7 +109,7 @@ public:
         if (m_json) {
             ::Json erro{{"text", Utf8(e.texto)}};
             if (e.linha) erro["line"] = e.linha;
-            if (!e.campo.empty()) erro["field"] = e.campo;
+            if (!e.campo.empty()) erro["field"] = Utf8(e.campo);
             m_obj["error"] = std::move(erro);
             Conclui();
         } else {
@@ -163,30 +166,39 @@ private:
     CPXSessao m_sessao;
 };
 
-std::string LeEntrada(const std::string& arquivo, std::istream& entrada) {
-    std::stringstream ss;
-    if (arquivo == "-") {
-        ss << entrada.rdbuf();
-    } else {
-        std::ifstream f(arquivo, std::ios::binary);
+// The whole input, refused as soon as it passes `maximo` bytes: a huge input
+// is never held whole only to be refused.
+std::string LeEntrada(const std::string& arquivo, std::istream& entrada, size_t maximo = std::string::npos) {
+    std::ifstream f;
+    std::istream* in = &entrada;
+    if (arquivo != "-") {
+        f.open(arquivo, std::ios::binary);
         if (!f) Erro("não foi possível ler o arquivo " + arquivo + ".");
-        ss << f.rdbuf();
+        in = &f;
     }
-    return ss.str();
+    std::string texto;
+    char bloco[1 << 16];
+    while (in->read(bloco, sizeof bloco) || in->gcount() > 0) {
+        texto.append(bloco, static_cast<size_t>(in->gcount()));
+        if (texto.size() > maximo)
+            Erro("a entrada passa de " + std::to_string(maximo) + " bytes, o limite de um registro (--max-line).");
+    }
+    if (in->bad()) Erro("não foi possível ler " + (arquivo == "-" ? std::string("a entrada padrão") : arquivo) + ".");
+    return texto;
 }
 
 const IPXTipoHost& TipoOuErro(const std::string& nome) {
     if (const IPXTipoHost* t = PXBuscaTipoHost(nome)) return *t;
     std::string conhecidos;
     for (const auto& t : PXTiposHost()) conhecidos += std::string(conhecidos.empty() ? "" : ", ") + t->Nome();
-    Erro("tipo de registro desconhecido \"" + nome + "\"; os tipos são: " + conhecidos + ".");
+    Erro("tipo de registro desconhecido \"" + pxjson::Trecho(nome) + "\"; os tipos são: " + conhecidos + ".");
 }
 
-Json ParseJson(std::string_view texto, long linha) {
+Json ParseJson(std::string_view texto, long linha, const CPXLimitesJson& limites) {
     try {
-        return Json::parse(texto.begin(), texto.end());
-    } catch (const Json::parse_error& e) {
-        Erro(std::string("JSON malformado: ") + e.what(), linha);
+        return PXLeJson(texto, limites, linha);
+    } catch (const CPXErroLeituraJson& e) {
+        Erro(e.what(), e.Linha(), e.Campo());
     }
 }
 
@@ -205,17 +217,14 @@ std::unique_ptr<TQZBaseParaDados> Registro(const IPXTipoHost& tipo, const Json& 
 int64_t ChaveDoArgumento(const IPXTipoHost& tipo, const std::string& texto) {
     uint64_t v = 0;
     auto [fim, ec] = std::from_chars(texto.data(), texto.data() + texto.size(), v);
-    if (ec == std::errc() && fim == texto.data() + texto.size() && v > 0 && (!tipo.ChavePorPosicao() || v <= 0xFFFFFFFFu))
+    // Up to twenty digits (a packed movement key), so the key quoted back in
+    // the command's messages stays short.
+    if (ec == std::errc() && fim == texto.data() + texto.size() && texto.size() <= 20 && v > 0 &&
+        (!tipo.ChavePorPosicao() || v <= 0xFFFFFFFFu))
         return static_cast<int64_t>(v);
-    if (!tipo.ChavePorPosicao()) {
-        REG_QZDMC chave;
-        try {
-            pxjson::De(Json(texto), chave, "chave");
-            if (chave.EhValido()) return static_cast<int64_t>(chave.GetValor());
-        } catch (const CPXErroJson&) {
-        }
-    }
-    Erro("chave inválida \"" + texto + "\": esperava a posição do registro (1 a 4294967295)" +
+    if (REG_QZDMC chave; !tipo.ChavePorPosicao() && pxjson::LeChaveMovimento(texto, chave) && chave.EhValido())
+        return static_cast<int64_t>(chave.GetValor());
+    Erro("chave inválida \"" + pxjson::Trecho(texto) + "\": esperava a posição do registro (1 a 4294967295)" +
          (tipo.ChavePorPosicao() ? "" : " ou a chave de movimento AAAA-MM/N") + ".");
 }
 
@@ -244,7 +253,7 @@ int Init(const Opcoes& o, Saida& s) {
 int Import(const Opcoes& o, std::istream& entrada, Saida& s) {
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
     const std::string texto = LeEntrada(o.arquivo, entrada);
-    size_t registros = PXImportaJsonLinhas(sessao.Armazem(), texto);
+    size_t registros = PXImportaJsonLinhas(sessao.Armazem(), texto, o.limites);
     s.Objeto()["records"] = registros;
     s.Linha(std::to_string(registros) + " registros importados");
     return kSaidaOk;
@@ -290,7 +299,7 @@ int Export(const Opcoes& o, std::ostream& saida) {
 int Save(const Opcoes& o, std::istream& entrada, Saida& s) {
     const IPXTipoHost& tipo = TipoOuErro(o.tipo);
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
-    const Json j = ParseJson(LeEntrada(o.arquivo, entrada), 0);
+    const Json j = ParseJson(LeEntrada(o.arquivo, entrada, o.limites.linha), 1, o.limites);
     auto reg = Registro(tipo, j, 0);
     if (!tipo.Tratador(*reg))
         Erro(std::string("o tipo ") + tipo.Nome() + " não tem regras de gravação: carregue-o com import.");
@@ -355,7 +364,7 @@ int Delete(const Opcoes& o, Saida& s) {
 int Suggest(const Opcoes& o, std::istream& entrada, Saida& s) {
     const IPXTipoHost& tipo = TipoOuErro("CQZDadosPX_Manutencao");
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
-    auto reg = Registro(tipo, ParseJson(LeEntrada(o.arquivo, entrada), 0), 0);
+    auto reg = Registro(tipo, ParseJson(LeEntrada(o.arquivo, entrada, o.limites.linha), 1, o.limites), 0);
     auto& ordem = dynamic_cast<CQZDadosPX_Manutencao&>(*reg);
     // Unasked, the plan's tasks (when the order has a plan) and the components.
     const bool nenhum = !o.tarefas && !o.componentes;
@@ -436,7 +445,7 @@ std::string U(const char* cp1252) { return Utf8(std::string(cp1252)); }
 
 }  // namespace
 
-size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view texto) {
+size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view texto, const CPXLimitesJson& limites) {
     struct Linha {
         const IPXTipoHost* tipo;
         std::unique_ptr<TQZBaseParaDados> reg;
@@ -451,13 +460,13 @@ size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view texto) {
         inicio = fim + 1;
         ++numero;
         if (l.find_first_not_of(" \t\r") == std::string_view::npos) continue;
-        Json j = ParseJson(l, numero);
+        Json j = ParseJson(l, numero, limites);
         if (!j.is_object()) Erro("esperava um objeto JSON", numero);
         auto t = j.find("type");
         if (t == j.end() || !t->is_string()) Erro("falta o tipo do registro", numero, "type");
         const IPXTipoHost* tipo = PXBuscaTipoHost(t->get<std::string>());
         if (!tipo || t->get<std::string>() != tipo->Nome())
-            Erro("tipo de registro desconhecido \"" + t->get<std::string>() + "\"", numero, "type");
+            Erro("tipo de registro desconhecido \"" + pxjson::Trecho(t->get<std::string>()) + "\"", numero, "type");
         linhas.push_back({tipo, Registro(*tipo, j, numero), numero});
     }
     long linhaFalha = 0;
@@ -484,6 +493,16 @@ int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& ent
     app.add_flag("--json", o.json, U("saída em JSON, um objeto por comando"));
     app.add_option("--wait", o.esperaMs, U("quanto uma gravação espera por outra, em milissegundos"))
         ->check(CLI::Range(0, 600000));
+    // Limits of one JSON record (save) or line (import); sizes take a unit: 16MiB, 64KiB.
+    constexpr size_t kSemLimite = std::numeric_limits<size_t>::max();
+    app.add_option("--max-line", o.limites.linha, U("maior linha de import, ou registro de save, em bytes (16MiB)"))
+        ->transform(CLI::AsSizeValue(false))
+        ->check(CLI::Range(size_t{1}, kSemLimite));
+    app.add_option("--max-text", o.limites.texto, U("maior texto de um campo, em bytes de UTF-8 (64KiB)"))
+        ->transform(CLI::AsSizeValue(false))
+        ->check(CLI::Range(size_t{1}, kSemLimite));
+    app.add_option("--max-list", o.limites.lista, U("mais elementos de uma lista, ou campos de um objeto (100000)"))
+        ->check(CLI::Range(size_t{1}, kSemLimite));
 
     auto* init = app.add_subcommand("init", U("cria um armazém"));
     init->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
@@ -525,6 +544,7 @@ int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& ent
     perm->add_option("KIND", o.tipoPermissao, U("a tela ou função (1 a 29)"))->required();
     perm->add_option("--user", o.usuario, U("código do usuário"))->required()->check(CLI::Range(0, 65535));
     perm->add_option("--company", o.empresa, U("empresa da sessão"));
+    const CPXComandoAdicional adicionais[] = {PXComandoContaEmail(app), PXComandoModelo(app)};
 
     std::vector<const char*> argv;
     for (const auto& a : argumentos) argv.push_back(a.c_str());
@@ -535,6 +555,8 @@ int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& ent
         return codigo == 0 ? kSaidaOk : kSaidaErro;
     }
 
+    for (const auto& c : adicionais)
+        if (c.sub->parsed()) return c.executa(o.json, saida, erros);
     const char* comando = app.get_subcommands().front()->get_name().c_str();
     Saida s(o, comando, saida, erros);
     try {

@@ -11,15 +11,18 @@
 #include <string_view>
 #include <vector>
 
+#include "host/PXLeituraJson.h"
+
 class CQZArmazemSQL;
 
 [[nodiscard]] int PXLinhaComando(const std::vector<std::string>& argumentos, std::istream& entrada, std::ostream& saida,
                    std::ostream& erros);
 
 // Loads JSON Lines records into the store in one transaction: every line
-// or none. Returns the number of records; on bad input throws
-// CPXErroEntrada naming the line and the field.
-[[nodiscard]] size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view textoUtf8);
+// or none, each line within `limites`. Returns the number of records; on bad
+// input throws CPXErroEntrada naming the line and the field.
+[[nodiscard]] size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view textoUtf8,
+                                         const CPXLimitesJson& limites = {});
 
 // Bad input or an unusable store, in Windows-1252 text; `linha` and `campo`
 // locate it in the input when known.

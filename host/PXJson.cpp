@@ -1,39 +1,154 @@
 #include "host/PXJson.h"
 
+#include <charconv>
 #include <cstdio>
-#include <regex>
 
 namespace pxjson {
 
 namespace {
 
-// User input quoted in a message, in the library's Windows-1252 (characters
-// without a form there become '?').
-std::string Cp(const std::string& utf8) {
-    std::string cp1252;
-    if (QZUtf8ParaCp1252(utf8, cp1252)) return cp1252;
-    std::string ascii;
-    for (char c : utf8) ascii += static_cast<unsigned char>(c) < 0x80 ? c : '?';
-    return ascii;
+constexpr size_t kCaracteresCitados = 80;
+
+bool Continuacao(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
+// User input quoted in a message, in the library's Windows-1252: a character
+// without a form there (or a byte that is not UTF-8) becomes one '?'.
+std::string Cp(std::string_view utf8) {
+    std::string cp1252, um;
+    if (QZUtf8ParaCp1252(std::string(utf8), cp1252)) return cp1252;
+    cp1252.clear();
+    for (size_t i = 0; i < utf8.size();) {
+        size_t fim = i + 1;
+        while (fim < utf8.size() && Continuacao(utf8[fim])) ++fim;
+        cp1252 += QZUtf8ParaCp1252(std::string(utf8.substr(i, fim - i)), um) ? um : "?";
+        i = fim;
+    }
+    return cp1252;
 }
 
-// A JSON value as the input wrote it, for messages.
-std::string Descreve(const Json& j) { return Cp(j.dump()); }
+// A JSON value for a message: scalars as written (a number's text is short),
+// texts cut, containers by kind only.
+std::string Descreve(const Json& j) {
+    if (j.is_string()) return "\"" + Trecho(j.get_ref<const std::string&>()) + "\"";
+    if (j.is_array()) return "uma lista";
+    if (j.is_object()) return "um objeto";
+    return j.dump();
+}
 
-// Parses the decimal digits of `s` into `v`; false on overflow past `maximo`.
-bool Digitos(const std::string& s, uint64_t maximo, uint64_t& v) {
-    v = 0;
-    for (char c : s) {
-        uint64_t d = static_cast<uint64_t>(c - '0');
-        if (v > (maximo - d) / 10) return false;
-        v = v * 10 + d;
-    }
+bool SoDigitos(std::string_view s) {
+    for (char c : s)
+        if (c < '0' || c > '9') return false;
+    return !s.empty();
+}
+
+// Exactly `n` digits at the start of `s`, consumed.
+bool Numero(std::string_view& s, size_t n, int& v) {
+    if (s.size() < n || !SoDigitos(s.substr(0, n))) return false;
+    std::from_chars(s.data(), s.data() + n, v);
+    s.remove_prefix(n);
     return true;
 }
 
-int Int(const std::ssub_match& m) { return std::stoi(m.str()); }
+bool Caractere(std::string_view& s, char c) {
+    if (s.empty() || s.front() != c) return false;
+    s.remove_prefix(1);
+    return true;
+}
 
 }  // namespace
+
+std::string Trecho(std::string_view utf8) {
+    size_t fim = 0;
+    for (size_t caracteres = 0; fim < utf8.size(); ++caracteres) {
+        if (caracteres == kCaracteresCitados) break;
+        ++fim;
+        while (fim < utf8.size() && Continuacao(utf8[fim])) ++fim;
+    }
+    std::string trecho = Cp(utf8.substr(0, fim));
+    // Control characters would act on the terminal, or cut the text.
+    for (char& c : trecho)
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = '?';
+    if (fim < utf8.size()) trecho += "...";
+    return trecho;
+}
+
+ResultadoLeitura LeMoeda(std::string_view s, CQZMoeda& v) {
+    constexpr uint64_t kMaximo = static_cast<uint64_t>(std::numeric_limits<int64_t>::max());
+    const bool negativo = Caractere(s, '-');
+    const size_t ponto = s.find('.');
+    const std::string_view inteira = s.substr(0, ponto);
+    const std::string_view decimais = ponto == std::string_view::npos ? std::string_view() : s.substr(ponto + 1);
+    if (!SoDigitos(inteira) || (ponto != std::string_view::npos && (decimais.size() > 4 || !SoDigitos(decimais))))
+        return ResultadoLeitura::ForaDaForma;
+    uint64_t unidades = 0, fracao = 0;
+    if (std::from_chars(inteira.data(), inteira.data() + inteira.size(), unidades).ec != std::errc())
+        return ResultadoLeitura::ForaDaFaixa;
+    std::from_chars(decimais.data(), decimais.data() + decimais.size(), fracao);
+    for (size_t casas = decimais.size(); casas < 4; ++casas) fracao *= 10;
+    // The most negative amount has no positive counterpart.
+    const uint64_t limite = negativo ? kMaximo + 1 : kMaximo;
+    if (unidades > (limite - fracao) / CQZMoeda::kEscala) return ResultadoLeitura::ForaDaFaixa;
+    const uint64_t bruto = unidades * CQZMoeda::kEscala + fracao;
+    v = CQZMoeda::DeBruto(negativo ? static_cast<int64_t>(0 - bruto) : static_cast<int64_t>(bruto));
+    return ResultadoLeitura::Lido;
+}
+
+// The date at the start of `s`, consumed.
+static bool DataNoInicio(std::string_view& s, REG_QZDMA& v) {
+    int ano = 0, mes = 0, dia = 0;
+    if (!Numero(s, 4, ano) || !Caractere(s, '-') || !Numero(s, 2, mes) || !Caractere(s, '-') || !Numero(s, 2, dia))
+        return false;
+    v = REG_QZDMA(dia, mes, ano);
+    return v.EhValida();
+}
+
+bool LeData(std::string_view s, REG_QZDMA& v) {
+    REG_QZDMA lida;
+    if (!DataNoInicio(s, lida) || !s.empty()) return false;
+    v = lida;
+    return true;
+}
+
+static bool MesAnoNoInicio(std::string_view& s, REG_QZMA& v) {
+    int ano = 0, mes = 0;
+    if (!Numero(s, 4, ano) || !Caractere(s, '-') || !Numero(s, 2, mes)) return false;
+    v = REG_QZMA(mes, ano);
+    return v.EhValido();
+}
+
+bool LeMesAno(std::string_view s, REG_QZMA& v) {
+    REG_QZMA lido;
+    if (!MesAnoNoInicio(s, lido) || !s.empty()) return false;
+    v = lido;
+    return true;
+}
+
+bool LeCarimbo(std::string_view s, REG_QZDMAHMSUTC& v) {
+    REG_QZDMA data;
+    int h = 0, mi = 0, seg = 0, fusoH = 0, fusoM = 0;
+    if (!DataNoInicio(s, data) || !Caractere(s, 'T') || !Numero(s, 2, h) || !Caractere(s, ':') ||
+        !Numero(s, 2, mi) || !Caractere(s, ':') || !Numero(s, 2, seg))
+        return false;
+    const bool negativo = Caractere(s, '-');
+    if ((!negativo && !Caractere(s, '+')) || !Numero(s, 2, fusoH) || !Caractere(s, ':') || !Numero(s, 2, fusoM) ||
+        !s.empty())
+        return false;
+    const int fuso = (fusoH * 60 + fusoM) * (negativo ? -1 : 1);
+    if (h > 23 || mi > 59 || seg > 59 || fusoM > 59 || fuso % 15 != 0 || fuso / 15 < -128 || fuso / 15 > 127)
+        return false;
+    v = REG_QZDMAHMSUTC(data, h, mi, seg, fuso / 15);
+    return true;
+}
+
+bool LeChaveMovimento(std::string_view s, REG_QZDMC& v) {
+    REG_QZMA ma;
+    uint32_t numero = 0;
+    if (!MesAnoNoInicio(s, ma) || !Caractere(s, '/') || s.size() > 10 || !SoDigitos(s) ||
+        std::from_chars(s.data(), s.data() + s.size(), numero).ec != std::errc())
+        return false;
+    v = REG_QZDMC(ma, numero);
+    return true;
+}
 
 void Falha(const std::string& campo, const std::string& motivo) { throw CPXErroJson(campo, motivo); }
 
@@ -71,24 +186,56 @@ void DeFormaOuInteiro(const Json& j, T& v, const std::string& campo, const char*
         if (!deInteiro(inteiro, v)) Falha(campo, "o valor " + Descreve(j) + " está fora da faixa");
     } else if (!j.is_string()) {
         Falha(campo, std::string("esperava o texto ") + forma + " (ou o valor inteiro gravado)");
-    } else if (j.get<std::string>().empty()) {
+    } else if (j.get_ref<const std::string&>().empty()) {
         v = T();
-    } else if (!deTexto(j.get<std::string>(), v)) {
-        Falha(campo, "valor inválido \"" + Cp(j.get<std::string>()) + "\": esperava " + forma);
+    } else if (!deTexto(j.get_ref<const std::string&>(), v)) {
+        Falha(campo, "valor inválido " + Descreve(j) + ": esperava " + forma);
     }
 }
 
 Json Texto(const CString& v) {
-    std::string utf8, erro;
+    std::string utf8;
     // The store holds only Windows-1252 text; a record made in memory may not.
-    if (!QZCp1252ParaUtf8(v.str(), utf8, &erro)) throw CPXErroJson("", "texto inválido: " + erro);
+    if (!QZCp1252ParaUtf8(v.str(), utf8)) {
+        for (size_t i = 0; i < v.str().size(); ++i) {
+            if (!QZCp1252ParaUtf8(v.str().substr(i, 1), utf8)) {
+                char byte[8];
+                std::snprintf(byte, sizeof byte, "0x%02X", static_cast<unsigned char>(v.str()[i]));
+                throw CPXErroJson("", std::string("texto inválido: o byte ") + byte + ", na posição " +
+                                          std::to_string(i + 1) + ", não é um caractere Windows-1252");
+            }
+        }
+    }
     return utf8;
 }
 
 void De(const Json& j, CString& v, const std::string& campo) {
     if (!j.is_string()) Falha(campo, "esperava um texto, veio " + Descreve(j));
-    std::string cp1252, erro;
-    if (!QZUtf8ParaCp1252(j.get<std::string>(), cp1252, &erro)) Falha(campo, "texto sem forma em Windows-1252: " + erro);
+    const std::string& utf8 = j.get_ref<const std::string&>();
+    std::string cp1252;
+    if (!QZUtf8ParaCp1252(utf8, cp1252)) {
+        // Name the first character that has no form.
+        size_t caractere = 0;
+        for (size_t i = 0; i < utf8.size(); ++caractere) {
+            size_t fim = i + 1;
+            while (fim < utf8.size() && Continuacao(utf8[fim])) ++fim;
+            const std::string um = utf8.substr(i, fim - i);
+            const auto lider = static_cast<unsigned char>(um[0]);
+            const size_t bytes = lider < 0x80 ? 1 : (lider & 0xE0) == 0xC0 ? 2 : (lider & 0xF0) == 0xE0 ? 3 : 4;
+            if (bytes != um.size() || (lider >= 0x80 && (lider & 0xC0) != 0xC0) || lider >= 0xF8)
+                Falha(campo, "texto que não é UTF-8, na posição " + std::to_string(caractere + 1));
+            if (!QZUtf8ParaCp1252(um, cp1252)) {
+                char32_t cp = static_cast<unsigned char>(um[0]) & (um.size() == 2 ? 0x1F : um.size() == 3 ? 0x0F : 0x07);
+                for (size_t k = 1; k < um.size(); ++k) cp = (cp << 6) | (static_cast<unsigned char>(um[k]) & 0x3F);
+                char nome[16];
+                std::snprintf(nome, sizeof nome, "U+%04X", static_cast<unsigned>(cp));
+                Falha(campo, std::string("texto sem forma em Windows-1252: o caractere ") + nome + ", na posição " +
+                                 std::to_string(caractere + 1));
+            }
+            i = fim;
+        }
+        Falha(campo, "texto sem forma em Windows-1252");
+    }
     v = CString(std::move(cp1252));
 }
 
@@ -108,17 +255,11 @@ void De(const Json& j, CQZMoeda& v, const std::string& campo) {
         v = CQZMoeda::DeInteiro(inteiro);
         return;
     }
-    static const std::regex forma("(-?)([0-9]+)(?:\\.([0-9]{1,4}))?");
-    std::smatch m;
-    std::string s = j.is_string() ? j.get<std::string>() : std::string();
-    if (!j.is_string() || !std::regex_match(s, m, forma))
+    const ResultadoLeitura r =
+        j.is_string() ? LeMoeda(j.get_ref<const std::string&>(), v) : ResultadoLeitura::ForaDaForma;
+    if (r == ResultadoLeitura::ForaDaForma)
         Falha(campo, "esperava um valor decimal em texto com até quatro casas, como \"12.5\", veio " + Descreve(j));
-    std::string digitos = m[2].str() + (m[3].str() + "0000").substr(0, 4);
-    const bool negativo = m[1].length() > 0;
-    uint64_t bruto = 0;
-    if (!Digitos(digitos, negativo ? kMaximo + 1 : kMaximo, bruto))
-        Falha(campo, "o valor " + Cp(s) + " excede a faixa da moeda");
-    v = CQZMoeda::DeBruto(negativo ? static_cast<int64_t>(0 - bruto) : static_cast<int64_t>(bruto));
+    if (r == ResultadoLeitura::ForaDaFaixa) Falha(campo, "o valor " + Descreve(j) + " excede a faixa da moeda");
 }
 
 Json Data(const REG_QZDMA& v) {
@@ -127,15 +268,6 @@ Json Data(const REG_QZDMA& v) {
     char texto[16];
     std::snprintf(texto, sizeof texto, "%04d-%02d-%02d", v.GetAno(), v.GetMes(), v.GetDia());
     return texto;
-}
-
-// Day, month and year of "YYYY-MM-DD", checked to name a real day.
-static bool LeData(const std::string& s, REG_QZDMA& v) {
-    static const std::regex forma("([0-9]{4})-([0-9]{2})-([0-9]{2})");
-    std::smatch m;
-    if (!std::regex_match(s, m, forma)) return false;
-    v = REG_QZDMA(Int(m[3]), Int(m[2]), Int(m[1]));
-    return v.EhValida();
 }
 
 void De(const Json& j, REG_QZDMA& v, const std::string& campo) {
@@ -151,14 +283,6 @@ Json MesAno(const REG_QZMA& v) {
     char texto[16];
     std::snprintf(texto, sizeof texto, "%04u-%02u", static_cast<unsigned>(v.usAno), static_cast<unsigned>(v.usMes));
     return texto;
-}
-
-static bool LeMesAno(const std::string& s, REG_QZMA& v) {
-    static const std::regex forma("([0-9]{4})-([0-9]{2})");
-    std::smatch m;
-    if (!std::regex_match(s, m, forma)) return false;
-    v = REG_QZMA(Int(m[2]), Int(m[1]));
-    return v.EhValido();
 }
 
 void De(const Json& j, REG_QZMA& v, const std::string& campo) {
@@ -181,18 +305,6 @@ Json Carimbo(const REG_QZDMAHMSUTC& v) {
     return texto;
 }
 
-static bool LeCarimbo(const std::string& s, REG_QZDMAHMSUTC& v) {
-    static const std::regex forma("([0-9]{4}-[0-9]{2}-[0-9]{2})T([0-9]{2}):([0-9]{2}):([0-9]{2})([+-])([0-9]{2}):([0-9]{2})");
-    std::smatch m;
-    REG_QZDMA data;
-    if (!std::regex_match(s, m, forma) || !LeData(m[1].str(), data)) return false;
-    const int h = Int(m[2]), mi = Int(m[3]), seg = Int(m[4]);
-    const int fuso = (Int(m[6]) * 60 + Int(m[7])) * (m[5].str() == "-" ? -1 : 1);
-    if (h > 23 || mi > 59 || seg > 59 || fuso % 15 != 0 || fuso / 15 < -128 || fuso / 15 > 127) return false;
-    v = REG_QZDMAHMSUTC(data, h, mi, seg, fuso / 15);
-    return true;
-}
-
 void De(const Json& j, REG_QZDMAHMSUTC& v, const std::string& campo) {
     DeFormaOuInteiro(
         j, v, campo, "AAAA-MM-DDTHH:MM:SS+HH:MM, com o fuso em múltiplos de 15 minutos",
@@ -203,17 +315,6 @@ Json ChaveMovimento(const REG_QZDMC& v) {
     if (v.GetValor() == 0) return "";
     if (!v.ma.EhValido() || v.ma.usAno > 9999) return v.GetValor();
     return MesAno(v.ma).get<std::string>() + "/" + std::to_string(v.ulNumero);
-}
-
-static bool LeChaveMovimento(const std::string& s, REG_QZDMC& v) {
-    static const std::regex forma("([0-9]{4}-[0-9]{2})/([0-9]+)");
-    std::smatch m;
-    REG_QZMA ma;
-    uint64_t numero = 0;
-    if (!std::regex_match(s, m, forma) || !LeMesAno(m[1].str(), ma) || !Digitos(m[2].str(), 0xFFFFFFFFu, numero))
-        return false;
-    v = REG_QZDMC(ma, static_cast<uint32_t>(numero));
-    return true;
 }
 
 void De(const Json& j, REG_QZDMC& v, const std::string& campo) {
@@ -234,7 +335,7 @@ void De(const Json& j, _REG_POSICAO_PRODUTOPS& v, const std::string& campo) {
     ExigeObjeto(j, campo);
     v = _REG_POSICAO_PRODUTOPS();
     for (auto it = j.begin(); it != j.end(); ++it) {
-        const std::string parte = campo + "." + it.key();
+        const std::string parte = campo + "." + Trecho(it.key());
         if (it.key() == "Produto")
             DeValor(*it, v.lPonteiroProduto, parte);
         else if (it.key() == "Grade1")

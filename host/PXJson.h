@@ -28,6 +28,7 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -47,6 +48,27 @@ private:
 namespace pxjson {
 
 using Json = nlohmann::ordered_json;
+
+// At most 80 characters of a UTF-8 text given by the user, in Windows-1252
+// (characters without a form there, and control characters, become '?'),
+// for quoting in a message: a value of any size never makes a message
+// larger than this.
+std::string Trecho(std::string_view utf8);
+
+// Readers of the text forms, character by character: time linear in the
+// text, no recursion, no allocation. The forms are exact: no blanks, no sign
+// but a leading '-' on currency.
+enum class ResultadoLeitura { Lido, ForaDaForma, ForaDaFaixa };
+// "-12.5": digits, then optionally '.' and one to four decimals.
+ResultadoLeitura LeMoeda(std::string_view s, CQZMoeda& v);
+// "YYYY-MM-DD", a day that exists.
+bool LeData(std::string_view s, REG_QZDMA& v);
+// "YYYY-MM", month 1 to 12 of a year past 0.
+bool LeMesAno(std::string_view s, REG_QZMA& v);
+// "YYYY-MM-DDTHH:MM:SS+HH:MM", the offset a multiple of 15 minutes.
+bool LeCarimbo(std::string_view s, REG_QZDMAHMSUTC& v);
+// "YYYY-MM/N", N of one to ten digits up to 4294967295.
+bool LeChaveMovimento(std::string_view s, REG_QZDMC& v);
 
 // Value forms (PXJson.cpp). Each De* throws CPXErroJson naming `campo`.
 Json Texto(const CString& v);
@@ -113,7 +135,7 @@ struct Leitor {
     // Every member of the object must be a field of the record.
     void ConfereDesconhecidos(const std::set<std::string>& aceitos = {}) const {
         for (auto it = obj.begin(); it != obj.end(); ++it)
-            if (!lidos.count(it.key()) && !aceitos.count(it.key())) Falha(prefixo + it.key(), "campo desconhecido");
+            if (!lidos.count(it.key()) && !aceitos.count(it.key())) Falha(prefixo + Trecho(it.key()), "campo desconhecido");
     }
 };
 

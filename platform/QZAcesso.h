@@ -41,6 +41,15 @@ public:
 #include "platform/acesso/QZDeclaraOperacoes.h"
 #include "platform/acesso/Gestavo.def"
 #include "platform/acesso/QZFimMacrosOperacoes.h"
+
+    // The company's e-mail account for a module: its id, 0 when none is
+    // configured.
+    [[nodiscard]] virtual long GetEmailContaConfigurada(uint64_t* pIdConta, QZModulo modulo) = 0;
+    // Sends a message through an account (0: the configured one). A
+    // negative status: not sent, with the reason in the service's error
+    // record and in *pDetalhes when given.
+    [[nodiscard]] virtual long EnviaEmail(const CQZDadosGT_Email& email, CQZDadosGT_Erro* pDetalhes, QZModulo modulo,
+                                          uint64_t idConta) = 0;
 };
 
 class CQZAcessoGestavoBuffer : public CQZAcessoGestavo {

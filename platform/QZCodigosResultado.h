@@ -18,7 +18,7 @@ constexpr long QZ_E_MODELO_INEXISTENTE     = static_cast<long>(static_cast<int32
 constexpr long QZ_E_ARGUMENTO_INVALIDO     = static_cast<long>(static_cast<int32_t>(0x80070057u)); // E_INVALIDARG: an argument out of range
 constexpr long QZ_E_SEM_MEMORIA            = static_cast<long>(static_cast<int32_t>(0x8007000Eu)); // E_OUTOFMEMORY
 constexpr long QZ_E_INESPERADO             = static_cast<long>(static_cast<int32_t>(0x8000FFFFu)); // E_UNEXPECTED: a failure no rule foresaw
-constexpr long QZ_E_CONTA_EMAIL            = static_cast<long>(static_cast<int32_t>(0x80040A67u)); // no e-mail account configured
+constexpr long QZ_E_CONTA_EMAIL            = static_cast<long>(static_cast<int32_t>(0x80040A68u)); // no e-mail account configured
 
 struct QZInfoCodigo {
     const char* nome;       // symbolic name, e.g. "E_FAIL"; "" when unknown

@@ -31,6 +31,7 @@
 
 #include <array>
 #include <cstdint>
+#include <new>
 #include <optional>
 #include <span>
 #include <stdexcept>
@@ -206,11 +207,15 @@ struct CQZCondicao {
         PREFIXO,       // text campo starts with valor
         LISTA_CONTEM,  // some element of list `lista` has campo = valor
         SUBARVORE,     // the record at valor and its descendants through parent field `campo`
+        REFERENCIADO,  // some element of list `lista` of record type `registro`, whose
+                       // `campoCondicao` = valor, names this record's key in its `campo`
     };
     Op op;
     const char* campo;  // a field's name, as the record declares it
     CQZValor valor;
-    const char* lista;  // LISTA_CONTEM: the list's name
+    const char* lista;                      // LISTA_CONTEM, REFERENCIADO: the list's name
+    const char* registro = nullptr;         // REFERENCIADO: the record type whose list refers
+    const char* campoCondicao = nullptr;    // REFERENCIADO: the field of that record valor is matched on
 };
 
 // The conditions of one search, kept inline: a search is built on every
@@ -219,9 +224,16 @@ class CQZCondicoes {
 public:
     static constexpr size_t kMaximo = 16;
 
+    CQZCondicoes() = default;
+    CQZCondicoes(const CQZCondicoes&) = delete;
+    CQZCondicoes& operator=(const CQZCondicoes&) = delete;
+    ~CQZCondicoes() {
+        for (size_t i = 0; i < m_n; ++i) Em(i)->~CQZCondicao();
+    }
+
     template <class T>
     CQZCondicoes& Igual(const char* campo, const T& valor) {
-        return Adiciona({CQZCondicao::IGUAL, campo, QZValorDe(valor), nullptr});
+        return Adiciona(CQZCondicao::IGUAL, campo, QZValorDe(valor), nullptr);
     }
     template <class T>
     CQZCondicoes& Igual(const char* campo, const std::optional<T>& valor) {
@@ -230,25 +242,38 @@ public:
     }
     // Exact code, or a prefix when partial matching is on.
     CQZCondicoes& Codigo(const char* campo, const std::optional<CString>& valor, bool parcial) {
-        if (valor) Adiciona({parcial ? CQZCondicao::PREFIXO : CQZCondicao::IGUAL, campo, *valor, nullptr});
+        if (valor) Adiciona(parcial ? CQZCondicao::PREFIXO : CQZCondicao::IGUAL, campo, *valor, nullptr);
         return *this;
     }
     template <class T>
     CQZCondicoes& ListaContem(const char* lista, const char* campo, const T& valor) {
-        return Adiciona({CQZCondicao::LISTA_CONTEM, campo, QZValorDe(valor), lista});
+        return Adiciona(CQZCondicao::LISTA_CONTEM, campo, QZValorDe(valor), lista);
     }
     CQZCondicoes& Subarvore(const char* campoPai, uint32_t raiz) {
-        return Adiciona({CQZCondicao::SUBARVORE, campoPai, static_cast<int64_t>(raiz), nullptr});
+        return Adiciona(CQZCondicao::SUBARVORE, campoPai, static_cast<int64_t>(raiz), nullptr);
     }
-    std::span<const CQZCondicao> Lista() const { return {m_v.data(), m_n}; }
+    template <class T>
+    CQZCondicoes& ReferenciadoPor(const char* registro, const char* lista, const char* campo,
+                                  const char* campoCondicao, const T& valor) {
+        return Adiciona(CQZCondicao::REFERENCIADO, campo, QZValorDe(valor), lista, registro, campoCondicao);
+    }
+    std::span<const CQZCondicao> Lista() const { return {Em(0), m_n}; }
 
 private:
-    CQZCondicoes& Adiciona(CQZCondicao&& c) {
+    CQZCondicoes& Adiciona(CQZCondicao::Op op, const char* campo, CQZValor valor, const char* lista,
+                           const char* registro = nullptr, const char* campoCondicao = nullptr) {
         if (m_n == kMaximo) throw std::length_error("mais critérios do que uma busca comporta");
-        m_v[m_n++] = std::move(c);
+        new (Em(m_n)) CQZCondicao{op, campo, std::move(valor), lista, registro, campoCondicao};
+        ++m_n;
         return *this;
     }
-    std::array<CQZCondicao, kMaximo> m_v{};
+    CQZCondicao* Em(size_t i) { return std::launder(reinterpret_cast<CQZCondicao*>(m_memoria)) + i; }
+    const CQZCondicao* Em(size_t i) const {
+        return std::launder(reinterpret_cast<const CQZCondicao*>(m_memoria)) + i;
+    }
+
+    // Built only as conditions are added.
+    alignas(CQZCondicao) unsigned char m_memoria[kMaximo * sizeof(CQZCondicao)];
     size_t m_n = 0;
 };
 

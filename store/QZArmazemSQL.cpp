@@ -331,8 +331,11 @@ void CQZArmazemSQL::LeTexto(const qzsql::CQZComando& c, int indice, CString& tex
 
 void CQZArmazemSQL::AoIniciar() {
     // Writes of other connections are noticed once per transaction: the
-    // pragma reads the database, so it also takes the transaction's snapshot.
-    VerificaVersaoDados();
+    // pragma reads the database, so it also takes the transaction's snapshot
+    // the cache is checked against. An empty cache has nothing to check: the
+    // records it takes in this transaction come from the snapshot itself,
+    // and a version left behind only costs a needless clear later.
+    if (!m_cache.empty()) VerificaVersaoDados();
 }
 
 void CQZArmazemSQL::AoConfirmar(int64_t linhas) {
@@ -421,9 +424,12 @@ bool Assinatura(const qzsql::Tabela& t, bool classificacao, const CQZCondicoes& 
             else if (qzsql::LimitePrefixo(prefixo).empty())
                 forma |= 0x20;
         }
-        a.partes[3 * i] = forma;
-        a.partes[3 * i + 1] = reinterpret_cast<uintptr_t>(cond.campo);
-        a.partes[3 * i + 2] = reinterpret_cast<uintptr_t>(cond.lista);
+        uintptr_t* p = &a.partes[qzsql::AssinaturaBusca::kPartes * i];
+        p[0] = forma;
+        p[1] = reinterpret_cast<uintptr_t>(cond.campo);
+        p[2] = reinterpret_cast<uintptr_t>(cond.lista);
+        p[3] = reinterpret_cast<uintptr_t>(cond.registro);
+        p[4] = reinterpret_cast<uintptr_t>(cond.campoCondicao);
     }
     return true;
 }
@@ -476,6 +482,22 @@ std::unique_ptr<qzsql::BuscaCompilada> Compila(const qzsql::Tabela& t, bool clas
                 ligacoes.push_back({i, false});
                 break;
             }
+            case CQZCondicao::REFERENCIADO: {
+                const qzsql::Tabela* filha = nullptr;
+                for (const qzsql::Tabela* dona : TabelasDeclaradas())
+                    if (dona->nome == cond.registro)
+                        for (const auto& f : dona->filhas)
+                            if (f.nome == dona->nome + "__" + cond.lista) filha = &f;
+                if (!filha)
+                    throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6,
+                                       std::string("Lista ") + cond.lista + " desconhecida em " + cond.registro + "."};
+                // The elements through the index of their condition, then this
+                // table by key.
+                termo = "t.chave IN (SELECT r." + coluna(*filha, cond.campo) + " FROM \"" + filha->nome +
+                        "\" AS r WHERE r." + coluna(*filha, cond.campoCondicao) + " = ?)";
+                ligacoes.push_back({i, false});
+                break;
+            }
             case CQZCondicao::SUBARVORE:
                 if (!classificacao)
                     throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Subárvore pedida fora de uma classificação."};
@@ -521,7 +543,7 @@ std::string LimitePrefixo(const CString& prefixo) {
 
 size_t HashAssinaturaBusca::operator()(const AssinaturaBusca& a) const noexcept {
     size_t h = std::hash<const void*>()(a.tabela) ^ (a.classificacao ? 0x9E3779B97F4A7C15ull : 0);
-    for (size_t i = 0; i < 3u * a.n; ++i) h = (h ^ a.partes[i]) * 0x100000001B3ull;
+    for (size_t i = 0; i < AssinaturaBusca::kPartes * a.n; ++i) h = (h ^ a.partes[i]) * 0x100000001B3ull;
     return h;
 }
 }  // namespace qzsql

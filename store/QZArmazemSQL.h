@@ -42,6 +42,7 @@
 #include "store/QZSQLite.h"
 
 class CQZConexaoInfoExtrasSQL;
+class IQZTransporteEmail;
 
 // Sees every operation of a store before it runs; a non-zero code fails the
 // operation with that code and whatever the hook left in the error record.
@@ -115,10 +116,11 @@ std::string LimitePrefixo(const CString& prefixo);
 // What makes two calls the same search.
 struct AssinaturaBusca {
     static constexpr size_t kMaximoCondicoes = 12;
+    static constexpr size_t kPartes = 5;  // per condition: its form and the four names it uses
     const Tabela* tabela = nullptr;
     bool classificacao = false;
     uint8_t n = 0;
-    std::array<uintptr_t, 3 * kMaximoCondicoes> partes{};
+    std::array<uintptr_t, kPartes * kMaximoCondicoes> partes{};
     friend bool operator==(const AssinaturaBusca&, const AssinaturaBusca&) = default;
 };
 struct HashAssinaturaBusca {
@@ -273,6 +275,16 @@ public:
 #include "platform/acesso/GestavoBuffer.def"
 #include "platform/acesso/QZFimMacrosOperacoes.h"
 
+    // ---- e-mail of the company's account (QZArmazemSQLEmail.cpp) ----
+    [[nodiscard]] long GetEmailContaConfigurada(uint64_t* pIdConta, QZModulo modulo) override;
+    [[nodiscard]] long EnviaEmail(const CQZDadosGT_Email& email, CQZDadosGT_Erro* pDetalhes, QZModulo modulo,
+                                  uint64_t idConta) override;
+    // Sends through this transport instead of the one the account names
+    // (null: the account's).
+    void DefineTransporteEmail(IQZTransporteEmail* transporte) { m_pTransporteEmail = transporte; }
+    // The server's reply to the last message this connection sent or had refused.
+    const std::string& GetUltimaRespostaEmail() const { return m_sUltimaRespostaEmail; }
+
     // ---- writes, for hosts and tests ----
     // Insert: a record whose key is empty gets a new one (the lowest free
     // position after the highest, else the lowest free one; or the next
@@ -422,6 +434,8 @@ private:
     int64_t m_versaoDados = -1;
     std::unique_ptr<CQZConexaoInfoExtrasSQL> m_infoExtras;
     CQZPX_DisciplinaArvore m_disciplina{*this};
+    IQZTransporteEmail* m_pTransporteEmail = nullptr;
+    std::string m_sUltimaRespostaEmail;
 };
 
 #include "store/QZArmazemSQL_impl.h"

@@ -29,6 +29,7 @@ void CQZFabricaArmazemSQL::Configura(CQZArmazemSQL& armazem) const {
     armazem.DefineRelogio(m_pRelogio);
     armazem.DefineGancho(m_pGancho);
     armazem.DefineTempoEspera(m_esperaMs);
+    armazem.DefineTransporteEmail(m_pTransporteEmail);
 }
 
 std::unique_ptr<CQZArmazemSQL> CQZFabricaArmazemSQL::AbreArmazem(CQZDadosGT_Erro& erro) {

@@ -36,6 +36,7 @@ public:
     void DefineRelogio(const IQZRelogio* relogio) { m_pRelogio = relogio; }
     void DefineGancho(IQZGanchoAcesso* gancho) { m_pGancho = gancho; }
     void DefineTempoEspera(int ms) { m_esperaMs = ms; }
+    void DefineTransporteEmail(IQZTransporteEmail* transporte) { m_pTransporteEmail = transporte; }
 
     // The path given, and the one connections open (they differ in memory).
     const std::string& Caminho() const { return m_caminho; }
@@ -52,6 +53,7 @@ private:
     int m_esperaMs;
     const IQZRelogio* m_pRelogio = nullptr;
     IQZGanchoAcesso* m_pGancho = nullptr;
+    IQZTransporteEmail* m_pTransporteEmail = nullptr;
     // Keeps a shared in-memory store alive between connections.
     std::unique_ptr<CQZArmazemSQL> m_ancora;
     std::mutex m_mutex;

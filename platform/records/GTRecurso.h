@@ -11,7 +11,7 @@
 // counter has run past the due point).
 #define CAMPOS_GT_RECURSO_PLANO_MANUTENCAO(CAMPO, LISTA) \
     CAMPO(uint32_t, PonteiroPlanoManutencao, QZ_IDX)     \
-    CAMPO(uint8_t, Inativo, 0)                           \
+    CAMPO(uint8_t, Inativo, QZ_IDX)                      \
     CAMPO(REG_QZDMA, DataProximaManutencao, 0)           \
     CAMPO(CQZMoeda, CiclosContadorProximaManutencao, 0)
 

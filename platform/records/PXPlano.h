@@ -76,7 +76,7 @@ class CQZDadosPX_PlanoTarefa : public TQZBaseParaDados {
     CAMPO(uint16_t, PonteiroTipoPeriodo, 0)            \
     CAMPO(CQZMoeda, ContadorCicloManutencao, 0)        \
     CAMPO(uint8_t, InativarAposRealManut, 0)           \
-    CAMPO(uint8_t, Inativo, 0)                         \
+    CAMPO(uint8_t, Inativo, QZ_IDX)                    \
     CAMPO(CQZMoeda, TempoPrevisto, 0)                  \
     CAMPO(uint8_t, TempoPrevistoEmHoras, 0)            \
     CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO) \
@@ -93,11 +93,17 @@ public:
 };
 
 // Codes match whole; SetValorUnicoDisciplina keeps the plans of that very
-// discipline.
+// discipline. SetAtivo(1) keeps the active plans. SetAtivoRecurso(1) keeps
+// the plans that some resource follows: named by at least one active link
+// of a resource to its maintenance plans (an inactive link does not count;
+// the resource's own state is the alert routine's to judge, resource by
+// resource).
 #define CRITERIOS_PX_FILTRO_PLANO(CRITERIO) \
     CRITERIO(CString, Codigo)               \
     CRITERIO(uint32_t, PonteiroPai)         \
-    CRITERIO(uint32_t, ValorUnicoDisciplina)
+    CRITERIO(uint32_t, ValorUnicoDisciplina) \
+    CRITERIO(uint8_t, Ativo)                \
+    CRITERIO(uint8_t, AtivoRecurso)
 
 class CQZDadosPX_FiltroPlano : public TQZBaseFiltro {
     QZ_FILTRO(CQZDadosPX_FiltroPlano, CQZDadosPX_Plano, CRITERIOS_PX_FILTRO_PLANO)
@@ -106,5 +112,8 @@ public:
         c.Codigo("Codigo", m_critCodigo, false);
         PXCondicaoPai(c, m_critPonteiroPai, classificacao);
         c.Igual("PonteiroDisciplina", m_critValorUnicoDisciplina);
+        if (m_critAtivo.value_or(0) != 0) c.Igual("Inativo", uint8_t{0});
+        if (m_critAtivoRecurso.value_or(0) != 0)
+            c.ReferenciadoPor("CQZDadosGT_Recurso", "PlanoManutencao", "PonteiroPlanoManutencao", "Inativo", uint8_t{0});
     }
 };

@@ -22,3 +22,4 @@
 #include "platform/records/PXMestre.h"
 #include "platform/records/PXTarefa.h"
 #include "platform/records/PXCamposPersonalizados.h"
+#include "platform/records/GTEmail.h"

@@ -135,7 +135,7 @@ TEST_F(PXComandosTest, BadInputIsAnErrorWithItsPlaceAndNeverAWrite) {
         std::string trecho;
     } casos[] = {
         {{"save", m_arquivo, "Peixe", "-"}, "{}", "", "tipo de registro desconhecido"},
-        {{"save", m_arquivo, "Prioridade", "-"}, R"({"Codigo": )", "", "JSON malformado"},
+        {{"save", m_arquivo, "Prioridade", "-"}, R"({"Codigo": )", "Codigo", "JSON malformado"},
         {{"save", m_arquivo, "Prioridade", "-"}, R"({"Codigo": "A", "PrioridadeBase": 256})", "PrioridadeBase", "entre 0 e 255"},
         {{"save", m_arquivo, "Prioridade", "-"}, R"({"Codigo": 7})", "Codigo", "esperava um texto"},
         {{"save", m_arquivo, "Prioridade", "-"}, U8(u8R"({"Codigo": "A", "Descricao": "≠"})"), "Descricao", "Windows-1252"},
@@ -325,4 +325,129 @@ TEST_F(PXComandosTest, OfTwoWritersRacingOnOneRecordExactlyOneWins) {
         const int vencedor = resultados[0].codigo == 0 ? 0 : 1;
         EXPECT_EQ(Prioridade(3)["Descricao"], "Escritor " + std::to_string(vencedor));
     }
+}
+
+namespace {
+
+// Words of the JSON library's English messages.
+bool TemIngles(const std::string& texto) {
+    for (const char* palavra : {"syntax", "parse error", "unexpected", "expected", "overflow", "last read", "invalid"})
+        if (texto.find(palavra) != std::string::npos) return true;
+    return false;
+}
+
+std::string Lista(size_t n, const std::string& elemento) {
+    std::string lista = "[";
+    for (size_t i = 0; i < n; ++i) lista += (i ? "," : "") + elemento;
+    return lista + "]";
+}
+
+const std::string kPrioridade = R"({"type": "CQZDadosPX_Prioridade", "Codigo": "N1", "Descricao": "n"})";
+
+}  // namespace
+
+TEST_F(PXComandosTest, HostileJsonIsBadInputNamingItsLineAndFieldInPortuguese) {
+    CriaDemo();
+    const std::string antes = Roda({"export", m_arquivo}).saida;
+    const std::string fundo = std::string(50000, '[') + std::string(50000, ']');
+    const std::string chaveLonga = "2026-04/" + std::string(100000, '7');
+    struct Caso {
+        std::vector<std::string> args;
+        std::string entrada;
+        long linha;          // 0: none
+        std::string campo;   // a prefix of the field named
+        const char8_t* trecho;
+    } casos[] = {
+        // Nesting deep enough to overflow any recursive walk.
+        {{"save", m_arquivo, "Prioridade", "-"}, R"({"Codigo": )" + fundo + R"(, "Descricao": "x"})", 1,
+         "Codigo[0][0]", u8"aninhados em mais de 32 níveis"},
+        {{"import", m_arquivo, "-"}, kPrioridade + "\n{\"type\": \"Prioridade\", \"Descricao\": " + fundo + "}\n", 2,
+         "Descricao[0]", u8"aninhados"},
+        // Digit runs that a backtracking reader would recurse on.
+        {{"save", m_arquivo, "Tarefa", "-"},
+         R"({"Codigo": "X", "Nome": "x", "TempoPrevisto": ")" + std::string(50000, '9') + "\"}", 0, "TempoPrevisto",
+         u8"excede a faixa da moeda"},
+        {{"--max-text", "1MiB", "import", m_arquivo, "-"},
+         R"({"type": "CQZDadosPX_Manutencao", "Dmc": ")" + chaveLonga + "\"}", 1, "Dmc", u8"esperava AAAA-MM/N"},
+        {{"import", m_arquivo, "-"}, R"({"type": "CQZDadosPX_Manutencao", "Dmc": ")" + chaveLonga + "\"}", 1, "Dmc",
+         u8"além do limite de 65536 (--max-text)"},
+        {{"delete", m_arquivo, "Manutencao", chaveLonga}, "", 0, "", u8"chave inválida \"2026-04/7777"},
+        {{"delete", m_arquivo, "Prioridade", std::string(100000, '0') + "2"}, "", 0, "", u8"chave inválida"},
+        // A NUL byte is not the end of the input; U+0000 is no text.
+        {{"save", m_arquivo, "Prioridade", "-"}, std::string("{\"Codigo\": \"N1\", \"Descricao\": \"n\"}\0{}", 36), 1,
+         "", u8"byte nulo (0x00) na entrada"},
+        {{"import", m_arquivo, "-"}, kPrioridade + "\n" + std::string("{\"type\": \"Prioridade\"\0}", 23) + "\n", 2, "",
+         u8"byte nulo"},
+        {{"save", m_arquivo, "Prioridade", "-"}, R"({"Codigo": "N1", "Descricao": "a\u0000b"})", 1, "Descricao",
+         u8"U+0000"},
+        // The library's overflow, and repeated keys.
+        {{"save", m_arquivo, "Prioridade", "-"}, R"({"Codigo": "N1", "PrioridadeBase": 1e400})", 1, "PrioridadeBase",
+         u8"número fora da faixa: 1e400"},
+        {{"import", m_arquivo, "-"}, kPrioridade + "\n\n" + R"({"type": "Prioridade", "PrioridadeBase": -1e400})", 3,
+         "PrioridadeBase", u8"número fora da faixa"},
+        {{"save", m_arquivo, "Prioridade", "-"}, R"({"Codigo": "N1", "Descricao": "a", "Codigo": "N2"})", 1, "Codigo",
+         u8"campo repetido"},
+        {{"import", m_arquivo, "-"}, R"({"type": "Prioridade", "type": "Prioridade", "Codigo": "N3"})", 1, "type",
+         u8"campo repetido"},
+        // Limits, and their options.
+        {{"save", m_arquivo, "Prioridade", "-"},
+         R"({"Codigo": "N1", "Descricao": ")" + std::string(65537, 'd') + "\"}", 1, "Descricao",
+         u8"texto de 65537 bytes, além do limite de 65536 (--max-text)"},
+        {{"save", m_arquivo, "Tecnico", "-"},
+         R"({"Codigo": "T9", "Nome": "t", "Disciplina": )" + Lista(100001, R"({"PonteiroDisciplina": 2})") + "}", 1,
+         "Disciplina[100000]", u8"lista com mais de 100000 elementos (--max-list)"},
+        {{"--max-list", "3", "save", m_arquivo, "Tecnico", "-"},
+         R"({"Codigo": "T9", "Nome": "t", "Disciplina": )" + Lista(4, R"({"PonteiroDisciplina": 2})") + "}", 1,
+         "Disciplina[3]", u8"lista com mais de 3"},
+        {{"--max-list", "2", "save", m_arquivo, "Tecnico", "-"}, R"({"Codigo": "T9", "Nome": "t", "Inativo": 0})", 1,
+         "Inativo", u8"objeto com mais de 2 campos"},
+        {{"--max-line", "1KiB", "save", m_arquivo, "Prioridade", "-"},
+         R"({"Codigo": "N1", "Descricao": ")" + std::string(2000, 'd') + "\"}", 0, "",
+         u8"passa de 1024 bytes, o limite de um registro (--max-line)"},
+        {{"--max-line", "100", "import", m_arquivo, "-"},
+         kPrioridade + "\n" + R"({"type": "Prioridade", "Descricao": ")" + std::string(100, 'd') + "\"}\n", 2, "",
+         u8"além do limite de 100 (--max-line)"},
+        {{"import", m_arquivo, "-"}, R"({"type": ")" + std::string(60000, 'P') + "\"}", 1, "type",
+         u8"tipo de registro desconhecido \"PPPP"},
+        {{"save", m_arquivo, "Prioridade", "-"}, R"({"Codigo": "N1", "Descricao": tru})", 1, "Descricao",
+         u8"JSON malformado: ao ler um valor, palavra desconhecida"},
+    };
+    for (const auto& c : casos) {
+        auto args = c.args;
+        args.insert(args.begin(), "--json");
+        auto r = Roda(args, c.entrada);
+        const std::string rotulo = U8(c.trecho);
+        EXPECT_EQ(r.codigo, 2) << rotulo;
+        ASSERT_TRUE(Json::accept(r.saida)) << r.saida.substr(0, 300);
+        const Json erro = r.json()["error"];
+        EXPECT_EQ(erro.value("line", 0L), c.linha) << rotulo;
+        EXPECT_EQ(erro.value("field", "").rfind(c.campo, 0), 0u) << erro.value("field", "") << " / " << rotulo;
+        const std::string texto = erro.value("text", "");
+        EXPECT_NE(texto.find(rotulo), std::string::npos) << texto;
+        EXPECT_FALSE(TemIngles(texto)) << texto;
+        // The human form: one short line, whatever the size of the input.
+        r = Roda(c.args, c.entrada);
+        EXPECT_EQ(r.codigo, 2) << rotulo;
+        EXPECT_LT(r.erros.size(), 400u) << r.erros.substr(0, 400);
+    }
+    EXPECT_EQ(Roda({"export", m_arquivo}).saida, antes);
+}
+
+TEST_F(PXComandosTest, LimitsAreOptionsAndAcceptWhatTheyAllow) {
+    CriaDemo();
+    const std::string longa(70000, 'd');
+    const std::string registro = R"({"Codigo": "LONGA", "Descricao": ")" + longa + "\"}";
+    EXPECT_EQ(Roda({"save", m_arquivo, "Prioridade", "-"}, registro).codigo, 2);
+    auto r = Roda({"--json", "--max-text", "128KiB", "save", m_arquivo, "Prioridade", "-"}, registro);
+    ASSERT_EQ(r.codigo, 0) << r.saida.substr(0, 300);
+    EXPECT_EQ(r.json()["record"]["Descricao"], longa);
+    // An import line at its limit passes; the limit is per line, not per file.
+    std::string linha = R"({"type": "CQZDadosPX_Prioridade", "Codigo": "L1", "Descricao": "x"})";
+    const std::string limite = std::to_string(linha.size());
+    std::string arquivo = linha + "\n" + linha;
+    arquivo.replace(arquivo.rfind("L1"), 2, "L2");
+    r = Roda({"--json", "--max-line", limite, "import", m_arquivo, "-"}, arquivo);
+    EXPECT_EQ(r.codigo, 0) << r.saida;
+    EXPECT_EQ(Roda({"--max-line", "0", "import", m_arquivo, "-"}, "").codigo, 2);  // a usage error
+    EXPECT_EQ(Roda({"--max-text", "muito", "import", m_arquivo, "-"}, "").codigo, 2);
 }

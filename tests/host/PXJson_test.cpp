@@ -163,3 +163,110 @@ TEST(PXJsonTest, BadInputNamesTheFieldAndTheReason) {
     EXPECT_EQ(Erro<CQZTeste_Mov>(R"({"Posicao": 1})").first, "Posicao");  // movements have no position
     EXPECT_EQ(Erro<CQZTeste_Mov>(R"({"Dmc": "2026-00/1"})").first, "Dmc");
 }
+
+TEST(PXJsonTest, TextFormsAreReadExactlyAndLongDigitRunsEndQuickly) {
+    using R = pxjson::ResultadoLeitura;
+    const std::string digitos(50000, '9');
+    const std::string zeros(50000, '0');
+    struct CasoMoeda {
+        std::string texto;
+        R resultado;
+        int64_t bruto;
+    } moedas[] = {
+        {"0", R::Lido, 0},
+        {"-0.0001", R::Lido, -1},
+        {"12.5", R::Lido, 125000},
+        {"007.25", R::Lido, 72500},
+        {zeros + "1.5", R::Lido, 15000},
+        {"922337203685477.5807", R::Lido, INT64_MAX},
+        {"-922337203685477.5808", R::Lido, INT64_MIN},
+        {"922337203685477.5808", R::ForaDaFaixa, 0},
+        {"-922337203685477.5809", R::ForaDaFaixa, 0},
+        {"18446744073709551616", R::ForaDaFaixa, 0},
+        {digitos, R::ForaDaFaixa, 0},
+        {"", R::ForaDaForma, 0},
+        {"-", R::ForaDaForma, 0},
+        {"+1", R::ForaDaForma, 0},
+        {".5", R::ForaDaForma, 0},
+        {"1.", R::ForaDaForma, 0},
+        {"1.23456", R::ForaDaForma, 0},
+        {"1,5", R::ForaDaForma, 0},
+        {" 1", R::ForaDaForma, 0},
+        {"1e3", R::ForaDaForma, 0},
+        {"1.2.3", R::ForaDaForma, 0},
+        {digitos + "x", R::ForaDaForma, 0},
+    };
+    for (const auto& c : moedas) {
+        CQZMoeda v = CQZMoeda::DeBruto(42);
+        EXPECT_EQ(pxjson::LeMoeda(c.texto, v), c.resultado) << c.texto.substr(0, 40);
+        EXPECT_EQ(v.GetBruto(), c.resultado == R::Lido ? c.bruto : 42) << c.texto.substr(0, 40);  // kept when refused
+    }
+
+    REG_QZDMA d;
+    REG_QZMA m;
+    REG_QZDMAHMSUTC h;
+    REG_QZDMC k;
+    struct CasoCalendario {
+        std::string texto;
+        bool data, mes, carimbo, chave;
+    } calendario[] = {
+        {"2024-02-29", true, false, false, false},
+        {"2026-02-29", false, false, false, false},
+        {"0001-01-01", true, false, false, false},
+        {"2024-2-29", false, false, false, false},
+        {"2024-02-29 ", false, false, false, false},
+        {"+024-02-29", false, false, false, false},
+        {"2026-12", false, true, false, false},
+        {"2026-13", false, false, false, false},
+        {"0000-01", false, false, false, false},
+        {"2026-03-10T09:05:07-03:00", false, false, true, false},
+        {"2026-03-10T23:59:59+14:00", false, false, true, false},
+        {"2026-03-10T24:00:00+00:00", false, false, false, false},
+        {"2026-03-10T09:05:07+00:10", false, false, false, false},
+        {"2026-03-10T09:05:07+32:00", false, false, false, false},
+        {"2026-03-10T09:05:07+00:60", false, false, false, false},
+        {"2026-03-10T09:05:07Z", false, false, false, false},
+        {"2026-03-10T09:05:07+03:00x", false, false, false, false},
+        {"2026-04/0", false, false, false, true},
+        {"2026-04/4294967295", false, false, false, true},
+        {"2026-04/0000000001", false, false, false, true},
+        {"2026-04/4294967296", false, false, false, false},
+        {"2026-04/00000000001", false, false, false, false},
+        {"2026-04/" + std::string(100000, '7'), false, false, false, false},
+        {"2026-04/" + zeros, false, false, false, false},
+        {"2026-04/", false, false, false, false},
+        {"2026-04/-1", false, false, false, false},
+        {"2026-00/1", false, false, false, false},
+    };
+    for (const auto& c : calendario) {
+        EXPECT_EQ(pxjson::LeData(c.texto, d), c.data) << c.texto.substr(0, 40);
+        EXPECT_EQ(pxjson::LeMesAno(c.texto, m), c.mes) << c.texto.substr(0, 40);
+        EXPECT_EQ(pxjson::LeCarimbo(c.texto, h), c.carimbo) << c.texto.substr(0, 40);
+        EXPECT_EQ(pxjson::LeChaveMovimento(c.texto, k), c.chave) << c.texto.substr(0, 40);
+    }
+    ASSERT_TRUE(pxjson::LeCarimbo("2026-03-10T09:05:07-03:45", h));
+    EXPECT_EQ(h, REG_QZDMAHMSUTC(REG_QZDMA(10, 3, 2026), 9, 5, 7, -15));
+    ASSERT_TRUE(pxjson::LeChaveMovimento("2026-04/0000000001", k));
+    EXPECT_EQ(k, REG_QZDMC(REG_QZMA(4, 2026), 1));
+}
+
+TEST(PXJsonTest, AMessageQuotesAtMostEightyCharactersOfAValue) {
+    EXPECT_EQ(pxjson::Trecho("abc"), "abc");
+    EXPECT_EQ(pxjson::Trecho(std::string(80, 'x')), std::string(80, 'x'));
+    EXPECT_EQ(pxjson::Trecho(std::string(81, 'x')), std::string(80, 'x') + "...");
+    // Characters, not bytes; never half of one; Windows-1252 out.
+    std::string acentos;
+    for (int i = 0; i < 100; ++i) acentos += U8(u8"ç");
+    EXPECT_EQ(pxjson::Trecho(acentos), std::string(80, '\xE7') + "...");
+    const std::string controles = U8(u8"a→b") + "\n\x1B[2J";  // outside the macro, which quotes its text
+    EXPECT_EQ(pxjson::Trecho(controles), "a?b??[2J");
+
+    const std::string longo(60000, '9');
+    for (const Json& j : {Json{{"Data", longo}}, Json{{"Valor", longo}}, Json{{"Valor", "x" + longo}},
+                          Json{{"Codigo", Json::array({Json::array({longo})})}}, Json{{"Flag", longo}},
+                          Json{{longo, 1}}, Json{{"Item", Json::array({Json{{"Produto", Json{{longo, 1}}}}})}}}) {
+        auto [campo, motivo] = Erro(j.dump());
+        EXPECT_NE(campo, "(aceito)");
+        EXPECT_LT(campo.size() + motivo.size(), 300u) << campo.substr(0, 100) << ": " << motivo.substr(0, 300);
+    }
+}

@@ -1,0 +1,85 @@
+// E-mail of the enterprise layer: the company's sending account (one per
+// company) and the message handed to the enterprise service to send.
+#pragma once
+
+#include <string>
+
+#include "platform/QZRegistro.h"
+
+// How the account's messages leave.
+enum _E_GT_TRANSPORTE_EMAIL : uint8_t {
+    E_GT_TRANSPORTE_EMAIL_SMTP = 0,          // to the SMTP server of Url
+    E_GT_TRANSPORTE_EMAIL_CAIXA_SAIDA = 1,   // one .eml file per message in PastaSaida (dry runs, demonstrations)
+};
+
+// Where the SMTP password comes from. The password itself is never stored.
+enum _E_GT_ORIGEM_SENHA_EMAIL : uint8_t {
+    E_GT_ORIGEM_SENHA_EMAIL_NENHUMA = 0,     // the server takes no login
+    E_GT_ORIGEM_SENHA_EMAIL_AMBIENTE = 1,    // ReferenciaSenha names an environment variable
+    E_GT_ORIGEM_SENHA_EMAIL_ARQUIVO = 2,     // ReferenciaSenha is a file readable by its owner only
+};
+
+// Url is "smtp://host" or "smtps://host" (TLS from the first byte); Porta 0
+// takes the scheme's port. ExigeStartTls refuses a server that will not
+// start TLS on a plain connection, instead of sending in clear.
+// TempoLimiteSegundos 0 takes the transport's default.
+#define CAMPOS_GT_CONTA_EMAIL(CAMPO, LISTA)              \
+    CAMPO(uint8_t, Transporte, 0)                        \
+    CAMPO(CString, Url, 0)                               \
+    CAMPO(uint16_t, Porta, 0)                            \
+    CAMPO(uint8_t, ExigeStartTls, 0)                     \
+    CAMPO(CString, Usuario, 0)                           \
+    CAMPO(uint8_t, OrigemSenha, 0)                       \
+    CAMPO(CString, ReferenciaSenha, 0)                   \
+    CAMPO(CString, EnderecoRemetente, 0)                 \
+    CAMPO(CString, NomeRemetente, 0)                     \
+    CAMPO(CString, PastaSaida, 0)                        \
+    CAMPO(uint16_t, TempoLimiteSegundos, 0)              \
+    CAMPO(REG_QZDMAHMSUTC, DmaHmsAtualizacao, QZ_CARIMBO)
+
+class CQZDadosGT_ContaEmail : public TQZBaseParaDados {
+    QZ_REGISTRO(CQZDadosGT_ContaEmail, CAMPOS_GT_CONTA_EMAIL)
+public:
+    static constexpr QZTipoChave kTipoChave = QZ_CHAVE_UNICA;
+    // The id the enterprise service gives the company's one account.
+    static constexpr uint64_t kIdConta = 1;
+    QZModulo OnGetModulo() const override { return QZ_MODULO_GT; }
+    // A sender and somewhere to send to.
+    bool EstaConfigurada() const {
+        if (m_EnderecoRemetente.IsEmpty()) return false;
+        return m_Transporte == E_GT_TRANSPORTE_EMAIL_CAIXA_SAIDA ? !m_PastaSaida.IsEmpty() : !m_Url.IsEmpty();
+    }
+};
+
+// Kinds of content part.
+constexpr char QZ_TIPO_ANEXO_CORPO = 5;  // the body of the message (HTML text)
+
+// One content part of a message: a kind and its bytes (no terminator).
+class CQZDadosGT_EmailAnexo {
+public:
+    void SetTipo(char tipo) { m_cTipo = tipo; }
+    char GetTipo() const { return m_cTipo; }
+    void Reserva(size_t bytes) { m_conteudo.reserve(bytes); }
+    void SetConteudo(const char* dados, size_t tamanho) { m_conteudo.assign(dados, tamanho); }
+    const std::string& GetConteudo() const { return m_conteudo; }
+
+private:
+    char m_cTipo = 0;
+    std::string m_conteudo;
+};
+
+// A message: subject and recipients as text (Windows-1252), and its body.
+class CQZDadosGT_Email {
+public:
+    void SetAssunto(const CString& assunto) { m_sAssunto = assunto; }
+    const CString& GetAssunto() const { return m_sAssunto; }
+    void SetDestinatarios(const CString& destinatarios) { m_sDestinatarios = destinatarios; }
+    const CString& GetDestinatarios() const { return m_sDestinatarios; }
+    void SetCorpo(const CQZDadosGT_EmailAnexo& corpo) { m_corpo = corpo; }
+    const CQZDadosGT_EmailAnexo& GetCorpo() const { return m_corpo; }
+
+private:
+    CString m_sAssunto;
+    CString m_sDestinatarios;
+    CQZDadosGT_EmailAnexo m_corpo;
+};

@@ -1,0 +1,132 @@
+// The e-mail commands of pxlreg: the account (set, show, never the
+// password) and the template check with its exit statuses.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "host/PXComandos.h"
+
+namespace {
+
+// Command lines and JSON speak UTF-8; narrow literals here are Windows-1252.
+std::string U8(const char8_t* s) { return reinterpret_cast<const char*>(s); }
+
+struct Resultado {
+    int codigo;
+    std::string saida, erros;
+    nlohmann::json json() const { return nlohmann::json::parse(saida); }
+};
+
+class PXComandosEmailTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        m_base = ::testing::TempDir() + "pxlreg_email_" + std::to_string(getpid()) + "_" +
+                 ::testing::UnitTest::GetInstance()->current_test_info()->name();
+        Limpa();
+    }
+    void TearDown() override { Limpa(); }
+    void Limpa() {
+        for (const char* s : {".db", ".db-wal", ".db-shm", ".html"}) std::remove((m_base + s).c_str());
+    }
+    Resultado Roda(std::vector<std::string> args) {
+        args.insert(args.begin(), "pxlreg");
+        std::istringstream entrada;
+        std::ostringstream saida, erros;
+        const int codigo = PXLinhaComando(args, entrada, saida, erros);
+        return {codigo, saida.str(), erros.str()};
+    }
+    std::string Armazem() const { return m_base + ".db"; }
+    std::string Modelo(const std::string& conteudo) {
+        std::ofstream(m_base + ".html", std::ios::binary) << conteudo;
+        return m_base + ".html";
+    }
+    std::string m_base;
+};
+
+}  // namespace
+
+TEST_F(PXComandosEmailTest, TheAccountIsSetPieceByPieceAndShownWithoutThePassword) {
+    ASSERT_EQ(0, Roda({"init", Armazem()}).codigo);
+    auto r = Roda({"--json", "email-account", "show", Armazem()});
+    ASSERT_EQ(0, r.codigo) << r.erros;
+    EXPECT_FALSE(r.json()["account"]["configured"].get<bool>());
+
+    ASSERT_EQ(0, setenv("PXLREG_TESTE_CLI_SENHA", "nao-deve-aparecer", 1));
+    r = Roda({"email-account", "set", Armazem(), "--url", "smtps://smtp.empresa.com.br", "--port", "465", "--user",
+              "alertas", "--password-env", "PXLREG_TESTE_CLI_SENHA", "--from", "alertas@empresa.com.br", "--from-name",
+              U8(u8"Manutenção"), "--starttls", "true"});
+    ASSERT_EQ(0, r.codigo) << r.erros;
+    r = Roda({"email-account", "set", Armazem(), "--timeout", "30"});
+    ASSERT_EQ(0, r.codigo) << r.erros;
+    r = Roda({"--json", "email-account", "show", Armazem()});
+    ASSERT_EQ(0, r.codigo) << r.erros;
+    const auto conta = r.json()["account"];
+    EXPECT_TRUE(conta["configured"].get<bool>());
+    EXPECT_EQ("smtps://smtp.empresa.com.br", conta["url"]);
+    EXPECT_EQ(465, conta["port"]);
+    EXPECT_EQ(30, conta["timeout_seconds"]);
+    EXPECT_TRUE(conta["starttls_required"].get<bool>());
+    EXPECT_EQ(U8(u8"Manutenção"), conta["from_name"]);
+    EXPECT_EQ(nlohmann::json({{"env", "PXLREG_TESTE_CLI_SENHA"}}), conta["password_source"]);
+    const auto texto = Roda({"email-account", "show", Armazem()});
+    for (const auto& s : {r.saida, texto.saida}) EXPECT_EQ(std::string::npos, s.find("nao-deve-aparecer"));
+    EXPECT_NE(std::string::npos, texto.saida.find("PXLREG_TESTE_CLI_SENHA"));
+    unsetenv("PXLREG_TESTE_CLI_SENHA");
+}
+
+TEST_F(PXComandosEmailTest, BadAccountSettingsAreRefusedAndNothingIsStored) {
+    ASSERT_EQ(0, Roda({"init", Armazem()}).codigo);
+    const std::vector<std::vector<std::string>> ruins = {
+        {"--url", "http://x"},
+        {"--from", "sem arroba"},
+        {"--password-file", "relativo/senha.txt"},
+        {"--transport", "pombo"},
+        {"--password-env", "X", "--password-file", "/y"},
+    };
+    for (const auto& extra : ruins) {
+        std::vector<std::string> args = {"email-account", "set", Armazem()};
+        args.insert(args.end(), extra.begin(), extra.end());
+        EXPECT_EQ(2, Roda(args).codigo) << extra[0];
+    }
+    auto r = Roda({"--json", "email-account", "show", Armazem()});
+    EXPECT_EQ("", r.json()["account"]["url"]);
+    EXPECT_EQ(2, Roda({"email-account", "show", m_base + "_nao_existe.db"}).codigo);
+}
+
+TEST_F(PXComandosEmailTest, TemplateCheckTellsWhatTheTemplateWillDo) {
+    struct Caso {
+        const char* nome;
+        std::string modelo;
+        int codigo;
+        bool bloco;
+        std::vector<std::string> numerados;
+        std::vector<std::pair<std::string, std::string>> achados;  // kind, text
+    };
+    const Caso casos[] = {
+        {"clean list", "<b>QZ_NOME_TECNICO</b><table>QZ_INICIO_LISTA<tr></tr>\r\n  QZ_FIM_LISTA\r\n <tr><td>QZ_COD_RECURSO</td>\r\n<td>QZ_DT_PROX_MANUT</td></tr>",
+         0, true, {"QZ_COD_RECURSO", "QZ_DT_PROX_MANUT"}, {}},
+        {"clean without list", "<p>QZ_COD_RECURSO QZ_DATA_ATUAL&nbsp;</p>", 0, false, {}, {}},
+        {"findings", "<b>QZ_NOME_TECNICO QZ_FOO</b>QZ_DESC_RECURSO<table>QZ_INICIO_LISTA<tr></tr>\r\n  QZ_FIM_LISTA\r\n"
+                     " <tr><td>QZ_COD_RECURSO&nbsp;</td><td>QZ_NOME_TECNICO</td>\r\n<td>QZ_BAR</td></tr>",
+         1, true, {"QZ_COD_RECURSO&nbsp;", "QZ_BAR"},
+         {{"glued", "QZ_COD_RECURSO&nbsp;"}, {"header_in_row", "QZ_NOME_TECNICO"}, {"unknown", "QZ_BAR"},
+          {"unknown", "QZ_FOO"}, {"never_replaced", "QZ_DESC_RECURSO"}}},
+    };
+    for (const auto& c : casos) {
+        SCOPED_TRACE(c.nome);
+        const std::string arquivo = Modelo(c.modelo);
+        const auto r = Roda({"--json", "template", "check", arquivo});
+        EXPECT_EQ(c.codigo, r.codigo) << r.saida << r.erros;
+        const auto j = r.json();
+        EXPECT_EQ(c.bloco, j["list_block"].get<bool>());
+        EXPECT_EQ(nlohmann::json(c.numerados), j["numbered_tokens"]);
+        std::vector<std::pair<std::string, std::string>> achados;
+        for (const auto& a : j["findings"]) achados.emplace_back(a["kind"], a["text"]);
+        EXPECT_EQ(c.achados, achados);
+        EXPECT_EQ(c.codigo, Roda({"template", "check", arquivo}).codigo);
+    }
+    EXPECT_EQ(2, Roda({"template", "check", m_base + "_nao_existe.html"}).codigo);
+}
