@@ -292,3 +292,29 @@ TEST_F(PXComandosManutencaoTest, AsANewUserWould) {
     ASSERT_EQ(r.codigo, 0) << r.saida << r.erros;
     EXPECT_EQ(Ordem("2026-03/2")["Situacao"], 16);
 }
+
+// The demo's March expense entry has items 102 and 101. Saved again, each
+// item is checked as a change of the stored item at its index: with the two
+// swapped, item 0 becomes 101 while the stored item 1 still is 101. As a new
+// entry, the same items are additions one after the other, and pass.
+TEST_F(PXComandosManutencaoTest, ALineTheStoredRecordHasIsCheckedAsAChangeOfIt) {
+    Json entrada;
+    for (const Json& l : Exporta(m_arquivo, "LancamentoGastos"))
+        if (l["Dmc"] == "2026-03/1") entrada = l;
+    ASSERT_EQ(entrada["Item"].size(), 2u);
+    auto r = Roda({"--json", "save", "--dry-run", m_arquivo, "LancamentoGastos", "-"}, entrada.dump());
+    EXPECT_EQ(r.codigo, 0) << r.saida << r.erros;
+
+    Json trocada = entrada;
+    std::swap(trocada["Item"][0], trocada["Item"][1]);
+    r = Roda({"--json", "save", m_arquivo, "LancamentoGastos", "-"}, trocada.dump());
+    EXPECT_EQ(r.codigo, 1) << r.saida << r.erros;
+    EXPECT_EQ(r.json()["message"], 168);
+    EXPECT_EQ(r.json()["list"], "Item");
+    EXPECT_EQ(r.json()["line"], 0);
+
+    trocada["Dmc"] = "";
+    trocada.erase("DmaHmsGravacao");
+    r = Roda({"--json", "save", "--dry-run", m_arquivo, "LancamentoGastos", "-"}, trocada.dump());
+    EXPECT_EQ(r.codigo, 0) << r.saida << r.erros;
+}
