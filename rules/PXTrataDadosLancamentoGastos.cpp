@@ -29,6 +29,7 @@ CPXTrataDadosLancamentoGastos::CPXTrataDadosLancamentoGastos(bool bInterfaceUsua
 
 CQZDadosGT_Erro& CPXTrataDadosLancamentoGastos::ConsistirLancamentoGastos(CQZDadosPX_LancamentoGastos* pDados) {
     LimpaErro();
+    if (!pDados) return SetErro(QZ_E_ARGUMENTO_INVALIDO, QZ_MODULO_PX, 0, "Nenhum lançamento informado.");
     const CQZDadosPX_LancamentoGastos& dados = *pDados;
     if (dados.GetData().EhVazia()) return SetAviso(PX_MSG(174), kCampoData);
     if (dados.GetPonteiroRecurso() == 0) return SetAviso(PX_MSG(50), kCampoRecurso);
@@ -56,6 +57,8 @@ CQZDadosGT_Erro& CPXTrataDadosLancamentoGastos::TrataAdicionarAlterarItem(CQZDad
                                                                          int64_t index, IQZTrataInconsistencia*) {
     return Protegido([&]() -> CQZDadosGT_Erro& {
         LimpaErro();
+        if (!pDados || !pItem)
+            return SetErro(QZ_E_ARGUMENTO_INVALIDO, QZ_MODULO_PX, 0, "Nenhum lançamento ou item informado.");
         if (!GetAcessoManutencao() || !GetAcessoGestavo()) return SetAvisoPersonalizado(PX_MSG(161), 0);
         CQZDadosPX_LancamentoGastos& dados = *pDados;
         const CQZDadosPX_LancamentoGastosItem& item = *pItem;

@@ -748,6 +748,7 @@ CQZDadosGT_Erro& CPXTrataDadosManutencao::ConsistirManutencaoTarefa(const CQZDad
                                                                    CQZDadosPX_ManutencaoTarefa* pTarefa) {
     return Protegido([&]() -> CQZDadosGT_Erro& {
         LimpaErro();
+        if (!pTarefa) return SetErro(QZ_E_ARGUMENTO_INVALIDO, QZ_MODULO_PX, 0, "Nenhuma tarefa informada.");
         if (ServicosAusentes()) return *this;
         const CQZDadosPX_ManutencaoTarefa& linha = *pTarefa;
         CQZDadosPX_Tarefa tarefa;
@@ -781,6 +782,7 @@ CQZDadosGT_Erro& CPXTrataDadosManutencao::TrataAdicionarAlterarApontamento(
     const CQZDadosPX_Manutencao& dados, CQZDadosPX_ManutencaoApontamento* pApontamento) {
     return Protegido([&]() -> CQZDadosGT_Erro& {
         LimpaErro();
+        if (!pApontamento) return SetErro(QZ_E_ARGUMENTO_INVALIDO, QZ_MODULO_PX, 0, "Nenhum apontamento informado.");
         if (ServicosAusentes()) return *this;
         const REG_QZDMAHMSUTC& inicio = pApontamento->GetDataHoraInicial();
         const REG_QZDMAHMSUTC& fim = pApontamento->GetDataHoraFinal();

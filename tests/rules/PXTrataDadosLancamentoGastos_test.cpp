@@ -191,6 +191,7 @@ TEST_F(PXTrataDadosLancamentoGastosTest, AnItemThatPassesIsPutIntoTheEntry) {
     const auto& erro = handler.TrataAdicionarAlterarItem(&l, &item, 1, nullptr);
     EXPECT_EQ(erro.GetUltimoHR(), QZ_E_ARGUMENTO_INVALIDO) << "an index past the list";
     EXPECT_EQ(l, novo);
+    EXPECT_EQ(handler.TrataAdicionarAlterarItem(&l, nullptr, -1, nullptr).GetUltimoHR(), QZ_E_ARGUMENTO_INVALIDO);
 }
 
 TEST_F(PXTrataDadosLancamentoGastosTest, EveryFailedReadIsTheServicesErrorAndChangesNothing) {

@@ -242,6 +242,8 @@ TEST_F(PXTrataDadosManutencaoLinhasTest, ALineIsCheckedSituationFirst) {
     auto comSituacao = LinhaTarefa(SEM_SITUACAO);
     comSituacao.SetPonteiroSituacao(SITUACAO_TAREFA);
     EXPECT_THAT(handler.TrataAlterarTarefa(ordem, &comSituacao), SemErro());
+    EXPECT_EQ(handler.TrataAlterarTarefa(ordem, nullptr).GetUltimoHR(), QZ_E_ARGUMENTO_INVALIDO);
+    EXPECT_EQ(handler.TrataAdicionarAlterarApontamento(ordem, nullptr).GetUltimoHR(), QZ_E_ARGUMENTO_INVALIDO);
 }
 
 TEST_F(PXTrataDadosManutencaoLinhasTest, EveryFailedReadOfATaskOperationIsTheServicesErrorAndChangesNothing) {
