@@ -84,7 +84,11 @@ long CPXServicoRegistros::Salva(const IPXTipoRegistro& tipo, TQZBaseParaDados& r
             resultado.veredito.SetAviso(PX_MSG(3), 0);
             return 0;
         }
-        if (hr != 0) return Falha(hr, armazem->GetErro());
+        if (hr != 0) {
+            // The rules allowed it but the write failed: nothing was saved.
+            resultado.permitido = false;
+            return Falha(hr, armazem->GetErro());
+        }
         resultado.gravado = resultado.permitido && !simulacao;
         if (!resultado.permitido) resultado.veredito = tratador->GetErro();
         if (!recusa.lista.empty()) {
