@@ -318,3 +318,45 @@ TEST_F(PXComandosManutencaoTest, ALineTheStoredRecordHasIsCheckedAsAChangeOfIt) 
     r = Roda({"--json", "save", "--dry-run", m_arquivo, "LancamentoGastos", "-"}, trocada.dump());
     EXPECT_EQ(r.codigo, 0) << r.saida << r.erros;
 }
+
+// One refused line of each kind of list a save replays: the verdict names
+// the list and the line, and the record is not written.
+TEST_F(PXComandosManutencaoTest, EachKindOfListLineIsCheckedBeforeTheSave) {
+    auto registro = [&](const std::string& tipo, const char* campo, const Json& chave) {
+        for (const Json& r : Exporta(m_arquivo, tipo))
+            if (r[campo] == chave) return r;
+        return Json();
+    };
+    struct Caso {
+        const char* tipo;
+        Json registro;
+        std::function<void(Json&)> altera;
+        const char* lista;
+        int linha, mensagem;
+    } casos[] = {
+        {"Plano", registro("Plano", "Posicao", 2), [](Json& j) { j["Alerta"][0]["Tecnicos"] = Json::array(); }, "Alerta", 0, 117},
+        {"Plano", registro("Plano", "Posicao", 2), [](Json& j) { j["Material"].push_back(j["Material"][0]); }, "Material", 1, 47},
+        {"Plano", registro("Plano", "Posicao", 2), [](Json& j) { j["Tarefa"].push_back(j["Tarefa"][0]); }, "Tarefa", 2, 163},
+        {"Tarefa", registro("Tarefa", "Posicao", 2), [](Json& j) { j["Material"].push_back(j["Material"][0]); }, "Material", 1, 47},
+        {"Manutencao", registro("Manutencao", "Dmc", "2026-03/2"), [](Json& j) { j["Tarefa"][1]["PonteiroSituacao"] = 0; },
+         "Tarefa", 1, 181},
+        {"Manutencao", registro("Manutencao", "Dmc", "2026-03/2"), [](Json& j) { j["Material"].push_back(j["Material"][0]); },
+         "Material", 2, 97},
+    };
+    for (const Caso& c : casos) {
+        ASSERT_FALSE(c.registro.is_null()) << c.tipo;
+        Json j = c.registro;
+        c.altera(j);
+        auto r = Roda({"--json", "save", m_arquivo, c.tipo, "-"}, j.dump());
+        ASSERT_EQ(r.codigo, 1) << c.tipo << " " << c.lista << ": " << r.saida << r.erros;
+        const Json v = r.json();
+        EXPECT_EQ(v["list"], c.lista) << c.tipo;
+        EXPECT_EQ(v["line"], c.linha) << c.tipo << " " << c.lista;
+        EXPECT_EQ(v["item"], c.linha) << c.tipo << " " << c.lista;
+        EXPECT_EQ(v["message"], c.mensagem) << c.tipo << " " << c.lista;
+        EXPECT_EQ(v["written"], false);
+        // Unchanged, the same record passes.
+        r = Roda({"--json", "save", "--dry-run", m_arquivo, c.tipo, "-"}, c.registro.dump());
+        EXPECT_EQ(r.codigo, 0) << c.tipo << ": " << r.saida << r.erros;
+    }
+}
