@@ -30,6 +30,7 @@
 #include "permissions/PXControlePermissoes.h"
 #include "platform/QZCodigosResultado.h"
 #include "servico/PXServicoRegistros.h"
+#include "servico/PXSugestoesManutencao.h"
 #include "store/QZFabricaArmazemSQL.h"
 
 namespace {
@@ -60,6 +61,8 @@ Json Veredito(const CQZDadosGT_Erro& erro) {
 }
 
 std::string VereditoTexto(const CQZDadosGT_Erro& erro) {
+    // A text of its own (no number of the table) says it all.
+    if (erro.GetMensagemNumero() == 0) return erro.GetMensagem().str();
     return "módulo " + std::to_string(static_cast<int>(erro.GetModulo())) + ", mensagem " +
            std::to_string(erro.GetMensagemNumero()) + ", campo " + std::to_string(erro.GetCodigoCampo()) + ", item " +
            std::to_string(erro.GetItem()) + ": " + erro.GetMensagem().str();
@@ -78,6 +81,9 @@ struct Opcoes {
     int tipoPermissao = 0;
     bool demo = false;
     bool simulacao = false;
+    uint32_t situacao = 0;
+    bool tarefas = false;
+    bool componentes = false;
     CPXLimitesJson limites;
 };
 
@@ -498,7 +504,13 @@ int Save(const Opcoes& o, std::istream& entrada, Saida& s) {
     s.Objeto()["written"] = resultado.gravado;
     if (!resultado.permitido) {
         s.Objeto().update(Veredito(resultado.veredito));
-        s.Linha("recusado: " + VereditoTexto(resultado.veredito));
+        std::string onde;
+        if (!resultado.lista.empty()) {
+            s.Objeto()["list"] = resultado.lista;
+            s.Objeto()["line"] = resultado.linha;
+            onde = "lista " + resultado.lista + ", linha " + std::to_string(resultado.linha) + ": ";
+        }
+        s.Linha("recusado: " + onde + VereditoTexto(resultado.veredito));
         return kSaidaRecusado;
     }
     Json gravado = tipo.ParaJson(*reg);
@@ -516,10 +528,8 @@ int Delete(const Opcoes& o, Saida& s) {
     CPXServicoRegistros servico(sessao.Host());
     std::unique_ptr<TQZBaseParaDados> reg;
     CPXResultadoRegistro resultado;
-    const long hr = servico.Exclui(tipo, chave, reg, resultado);
+    const long hr = servico.Exclui(tipo, chave, reg, resultado, CPXOpcoesExclusao{o.situacao});
     if (hr == QZ_E_SEM_REGRAS) Erro(std::string("o tipo ") + tipo.Nome() + " não tem regras de exclusão.");
-    if (hr == QZ_E_REGISTRO_NAO_ENCONTRADO)
-        Erro(std::string("não há ") + tipo.Nome() + " na chave " + o.chave + ": " + TextoServico(servico.GetErro()));
     if (hr != 0) ErroServico(servico);
     s.Inconsistencias(resultado.inconsistencias);
     s.Objeto()["type"] = tipo.Nome();
@@ -531,7 +541,41 @@ int Delete(const Opcoes& o, Saida& s) {
         s.Linha("recusado: " + VereditoTexto(resultado.veredito));
         return kSaidaRecusado;
     }
+    if (tipo.Exclusao() == EPXExclusao::CANCELAMENTO) {
+        // Cancelled, not removed: the record as written.
+        Json gravado = tipo.ParaJson(*reg);
+        s.Linha(std::string("permitido: ") + tipo.Nome() + " " + o.chave + " cancelado");
+        s.LinhaUtf8(gravado.dump(-1, ' ', false, Json::error_handler_t::replace));
+        s.Objeto()["record"] = std::move(gravado);
+        return kSaidaOk;
+    }
     s.Linha(std::string("permitido: ") + tipo.Nome() + " " + o.chave + " excluído");
+    return kSaidaOk;
+}
+
+int Suggest(const Opcoes& o, std::istream& entrada, Saida& s) {
+    const IPXTipoHost& tipo = TipoOuErro("CQZDadosPX_Manutencao");
+    Sessao sessao(o, QZ_ABRE_EXISTENTE);
+    auto reg = Registro(tipo, ParseJson(LeEntrada(o.arquivo, entrada, o.limites.linha), 1, o.limites), 0);
+    auto& ordem = dynamic_cast<CQZDadosPX_Manutencao&>(*reg);
+    // Unasked, the plan's tasks (when the order has a plan) and the components.
+    const bool nenhum = !o.tarefas && !o.componentes;
+    const bool tarefas = o.tarefas || (nenhum && ordem.GetPonteiroPlano() != 0);
+    const bool componentes = o.componentes || nenhum;
+
+    CPXSugestoesManutencao sugestoes(sessao.Host());
+    bool sugerido = false;
+    CQZDadosGT_Erro veredito;
+    if (sugestoes.Sugere(ordem, tarefas, componentes, sugerido, veredito) != 0) Erro(TextoServico(sugestoes.GetErro()));
+    s.Objeto()["suggested"] = sugerido;
+    if (!sugerido) {
+        s.Objeto().update(Veredito(veredito));
+        s.Linha("recusado: " + VereditoTexto(veredito));
+        return kSaidaRecusado;
+    }
+    Json sugerida = tipo.ParaJson(ordem);
+    s.LinhaUtf8(sugerida.dump(-1, ' ', false, Json::error_handler_t::replace));
+    s.Objeto()["record"] = std::move(sugerida);
     return kSaidaOk;
 }
 
@@ -883,6 +927,14 @@ int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, s
     del->add_option("--user", o.usuario, U("código do usuário que exclui (ou a variável PXLREG_USER; sem os dois, 1)"))
         ->envname("PXLREG_USER")
         ->check(CLI::Range(0, 65535));
+    del->add_option("--situation", o.situacao, U("posição da situação de cancelamento de uma manutenção"));
+
+    auto* suggest = app.add_subcommand("suggest", U("completa uma manutenção com as sugestões da tela, sem gravar"));
+    suggest->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
+    suggest->add_option("FILE", o.arquivo, U("a manutenção em JSON, ou - para a entrada padrão"))->required();
+    suggest->add_flag("--tasks", o.tarefas, U("as tarefas do plano, com as datas de garantia"));
+    suggest->add_flag("--components", o.componentes, U("materiais, equipamentos e serviços das tarefas"));
+    suggest->add_option("--company", o.empresa, U("empresa da sessão"));
 
     auto* perm = app.add_subcommand("permissions", U("as treze permissões de um usuário em uma tela ou função"));
     perm->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
@@ -944,6 +996,8 @@ int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, s
             codigo = Save(o, entrada, s);
         else if (del->parsed())
             codigo = Delete(o, s);
+        else if (suggest->parsed())
+            codigo = Suggest(o, entrada, s);
         else if (perm->parsed())
             codigo = Permissions(o, s);
         s.Conclui();

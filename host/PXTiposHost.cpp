@@ -4,6 +4,7 @@
 #include "platform/records/Registros.h"
 #include "rules/PXTrataDadosCamposPersonalizados.h"
 #include "rules/PXTrataDadosDisciplina.h"
+#include "rules/PXTrataDadosLancamentoGastos.h"
 #include "rules/PXTrataDadosManutencao.h"
 #include "rules/PXTrataDadosMestre.h"
 #include "rules/PXTrataDadosPlano.h"
@@ -13,6 +14,7 @@
 #include "rules/PXTrataDadosTarefa.h"
 #include "rules/PXTrataDadosTecnico.h"
 #include "rules/PXTrataDadosTipoGasto.h"
+#include "servico/PXLinhasRegistro.h"
 
 namespace {
 
@@ -52,21 +54,31 @@ std::vector<std::unique_ptr<IPXTipoHost>> MontaTipos() {
     Tipo<CQZDadosGT_TipoRecurso>(t);
     Tipo<CQZDadosGT_UnidadeMedidaProduto>(t);
     Tipo<CQZDadosGT_UnidadeMedidaServico>(t);
-    // The module's registers, with their handlers and integrity checks.
+    // The module's registers, with their handlers, the checks of their
+    // lines and their integrity checks. They have no delete rules: a delete
+    // is the integrity check, where one exists, and the removal.
     Tipo<CQZDadosPX_Mestre>(t).Com<CPXTrataDadosMestre>();
-    Tipo<CQZDadosPX_Prioridade>(t).Com<CPXTrataDadosPrioridade>();
-    Tipo<CQZDadosPX_Situacao>(t).ComTratadorPor(TratadorSituacao)
+    Tipo<CQZDadosPX_Prioridade>(t).Com<CPXTrataDadosPrioridade>().ComExclusaoCadastro();
+    Tipo<CQZDadosPX_Situacao>(t).ComTratadorPor(TratadorSituacao).ComExclusaoCadastro()
         .ComIntegridade(PXRegraIntegridade(Controle::SITUACAO_MANUTENCAO), EhSituacaoManutencao);
-    Tipo<CQZDadosPX_Disciplina>(t).Com<CPXTrataDadosDisciplina>().ComIntegridade(PXRegraIntegridade(Controle::DISCIPLINA));
-    Tipo<CQZDadosPX_TipoGasto>(t).Com<CPXTrataDadosTipoGasto>().ComIntegridade(PXRegraIntegridade(Controle::TIPO_GASTO));
-    Tipo<CQZDadosPX_Tecnico>(t).Com<CPXTrataDadosTecnico>().ComIntegridade(PXRegraIntegridade(Controle::TECNICO));
-    Tipo<CQZDadosPX_CamposPersonalizados>(t).Com<CPXTrataDadosCamposPersonalizados>();
-    Tipo<CQZDadosPX_Tarefa>(t).Com<CPXTrataDadosTarefa>();
-    Tipo<CQZDadosPX_Plano>(t).Com<CPXTrataDadosPlano>().ComIntegridade(PXRegraIntegridade(Controle::PLANO));
-    // Movements.
-    Tipo<CQZDadosPX_Manutencao>(t).Com<CPXTrataDadosManutencao>().ComMesDaChave(
-        [](const CQZDadosPX_Manutencao& m) { return REG_QZMA(m.GetDataHoraEmissao().GetData()); });
-    Tipo<CQZDadosPX_LancamentoGastos>(t);
+    Tipo<CQZDadosPX_Disciplina>(t).Com<CPXTrataDadosDisciplina>().ComExclusaoCadastro()
+        .ComIntegridade(PXRegraIntegridade(Controle::DISCIPLINA));
+    Tipo<CQZDadosPX_TipoGasto>(t).Com<CPXTrataDadosTipoGasto>().ComExclusaoCadastro()
+        .ComIntegridade(PXRegraIntegridade(Controle::TIPO_GASTO));
+    Tipo<CQZDadosPX_Tecnico>(t).Com<CPXTrataDadosTecnico>().ComLinhas(PXConfereLinhasTecnico).ComExclusaoCadastro()
+        .ComIntegridade(PXRegraIntegridade(Controle::TECNICO));
+    Tipo<CQZDadosPX_CamposPersonalizados>(t).Com<CPXTrataDadosCamposPersonalizados>().ComExclusaoCadastro();
+    Tipo<CQZDadosPX_Tarefa>(t).Com<CPXTrataDadosTarefa>().ComLinhas(PXConfereLinhasTarefa).ComExclusaoCadastro();
+    Tipo<CQZDadosPX_Plano>(t).Com<CPXTrataDadosPlano>().ComLinhas(PXConfereLinhasPlano).ComExclusaoCadastro()
+        .ComIntegridade(PXRegraIntegridade(Controle::PLANO));
+    // Movements: an order is never removed, its delete cancels it into the
+    // situation chosen; an expense entry goes when its rules allow it.
+    Tipo<CQZDadosPX_Manutencao>(t).Com<CPXTrataDadosManutencao>().ComLinhas(PXConfereLinhasManutencao)
+        .ComCancelamento([](CQZDadosPX_Manutencao& m, uint32_t situacao) { m.SetPonteiroSituacao(situacao); })
+        .ComMesDaChave([](const CQZDadosPX_Manutencao& m) { return REG_QZMA(m.GetDataHoraEmissao().GetData()); });
+    Tipo<CQZDadosPX_LancamentoGastos>(t).Com<CPXTrataDadosLancamentoGastos>()
+        .ComLinhas(PXConfereLinhasLancamentoGastos)
+        .ComMesDaChave([](const CQZDadosPX_LancamentoGastos& l) { return REG_QZMA(l.GetData()); });
     return t;
 }
 

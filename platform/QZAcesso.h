@@ -10,6 +10,9 @@
 #include "platform/QZRegistro.h"
 #include "platform/records/Registros.h"
 
+class IQZConexaoEmpresa;
+class IQZPX_Disciplina;
+
 #define QZ_AUSENTE_ERRO false
 #define QZ_AUSENTE_VAZIO true
 
@@ -67,4 +70,8 @@ public:
     virtual ~CQZAcessoServidores() = default;
     // Data directory of a module for a company, ending without a separator.
     virtual CString GetDiretorioDados(const CString& empresa, QZModulo modulo) const = 0;
+    // The discipline service of the company's data on `conexao`, the
+    // connection of the routine object that asks (QZPX_Disciplina.h says why
+    // it lives there); null when that connection serves none.
+    virtual IQZPX_Disciplina* GetIPXDisciplina_deprecated(IQZConexaoEmpresa& conexao) const;
 };

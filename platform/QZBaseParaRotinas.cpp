@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/QZCodigosResultado.h"
+#include "platform/QZDiretorioDados.h"
 
 namespace {
 
@@ -74,6 +75,16 @@ CQZBaseParaRotinas& CQZBaseParaRotinas::operator=(const CQZBaseParaRotinas& outr
 }
 
 CQZBaseParaRotinas::~CQZBaseParaRotinas() { FechaConexao(); }
+
+IQZPX_Disciplina* CQZAcessoServidores::GetIPXDisciplina_deprecated(IQZConexaoEmpresa& conexao) const {
+    return conexao.Disciplina();
+}
+
+CQZAcessoServidores* CQZBaseParaRotinas::GetAcessoServidores() const {
+    if (m_servicos.pServidores) return m_servicos.pServidores;
+    static CQZDiretorioDados padrao;
+    return &padrao;
+}
 
 const IQZRelogio& CQZBaseParaRotinas::GetRelogio() const {
     return m_servicos.pRelogio ? *m_servicos.pRelogio : CQZRelogioSistema::Instancia();

@@ -88,6 +88,9 @@ public:
     // The company's extra information on this connection; null when the
     // company keeps none.
     virtual IQZArmazemInfoExtras* InfoExtras() = 0;
+    // The discipline service of the company's data on this connection (see
+    // QZPX_Disciplina.h); null when the connection serves none.
+    virtual IQZPX_Disciplina* Disciplina() { return nullptr; }
     // Starts a read transaction (one snapshot for a batch of reads) when none
     // is open; true when it started one, which EncerraLeitura then ends.
     virtual bool IniciaLeitura() { return false; }
@@ -160,7 +163,9 @@ public:
         return m_conexao ? &m_conexao->AcessoManutencao() : nullptr;
     }
     CQZAcessoGestavoBuffer* GetAcessoGestavo() const { return m_conexao ? &m_conexao->AcessoGestavo() : nullptr; }
-    CQZAcessoServidores* GetAcessoServidores() const { return m_servicos.pServidores; }
+    // The company's servers service; the default server directory when the
+    // company registered none.
+    CQZAcessoServidores* GetAcessoServidores() const;
     // The connection this object opened (null when not initialised); the
     // host runs its writes on it, in the transaction of the rules.
     IQZConexaoEmpresa* GetConexao() const { return m_conexao.get(); }

@@ -1,12 +1,15 @@
 #include "rules/PXTrataDadosManutencao.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <set>
 
 #include "files/PXFuncoesComuns.h"
 #include "platform/QZCodigosResultado.h"
 #include "platform/QZDadosPX_Manutencao.h"
+#include "platform/QZPX_Disciplina.h"
 
+using QZDadosPX::Manutencao::SITUACAO_ABERTA;
 using QZDadosPX::Manutencao::SITUACAO_CANCELADA;
 using QZDadosPX::Manutencao::SITUACAO_CONCLUIDA;
 using QZDadosPX::Manutencao::SITUACAO_EM_ANDAMENTO;
@@ -45,8 +48,11 @@ constexpr long kCampoTecnico = 97;
 constexpr long kCampoInicio = 99;
 constexpr long kCampoNovaProgramacao = 101;
 constexpr long kCampoFim = 103;
+constexpr long kCampoTarefaSituacao = 109;
+constexpr long kCampoTarefaGarantia = 112;
 constexpr long kCampoInfPersonalizada = 113;
 constexpr long kCampoApontamentos = 125;
+constexpr long kCampoApontamentoDisciplina = 129;
 
 constexpr CPXRegrasComponente kMaterial{PX_MSG(36), 114, false, 115, PX_MSG(118), true, 116, PX_MSG(97)};
 constexpr CPXRegrasComponente kEquipamento{PX_MSG(37), 118, false, 119, PX_MSG(119), false, 0, PX_MSG(172)};
@@ -84,6 +90,27 @@ constexpr CQZPontoRastro kRastroLeRequisitante{296};
 constexpr CQZPontoRastro kRastroLeBufferTecnico{309};
 constexpr CQZPontoRastro kRastroLeBufferTarefa{402};
 constexpr CQZPontoRastro kRastroLeBDDConfiguracao{413};
+constexpr CQZPontoRastro kRastroTarefaLeBufferPlano{612};
+constexpr CQZPontoRastro kRastroTarefaLeBufferTarefa{640};
+constexpr CQZPontoRastro kRastroBuscaClassificacaoTarefa{652};
+constexpr CQZPontoRastro kRastroConcatenarLeBufferTarefa{688};
+constexpr CQZPontoRastro kRastroTarefaLeBufferRecurso{741};
+constexpr CQZPontoRastro kRastroApontamentoLeBufferPlano{790};
+constexpr CQZPontoRastro kRastroDisciplinaAtende{801};
+constexpr CQZPontoRastro kRastroApontamentoLeBufferMestre{815};
+constexpr CQZPontoRastro kRastroCancelamentoLeManutencao{842};
+
+// The task master's tree: a group is never a task of an order.
+constexpr uint8_t kClassificacaoGrupo = 2;
+// What a read of a task master asks for: the record alone in the checks,
+// the record as a line is built from it otherwise.
+constexpr uint64_t kLerTarefa = 0;
+constexpr uint64_t kLerTarefaParaLinha = 1;
+// A plan with its task list; a resource with its warranties.
+constexpr uint64_t kLerPlanoTarefas = 2;
+constexpr uint64_t kLerRecursoGarantias = 4096;
+// A cancellation examines the whole stored order.
+constexpr uint32_t kLerManutencaoCompleta = 0xFFFF;
 
 bool Preenchido(const REG_QZDMAHMSUTC& v) { return v.EhValido(); }
 
@@ -577,4 +604,287 @@ CQZDadosGT_Erro& CPXTrataDadosManutencao::ConsistirQuantComponentesCancelamento(
         }
         return *this;
     });
+}
+
+// ---- task lines ------------------------------------------------------------------
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::TrataAdicionarTarefa(const CQZDadosPX_Manutencao& dados,
+                                                              const ListaTarefas& novas, ListaTarefas& tarefas) {
+    return Protegido([&]() -> CQZDadosGT_Erro& {
+        LimpaErro();
+        if (ServicosAusentes()) return *this;
+        ListaTarefas expandidas;
+        bool bVarias = false;
+        if (SubstituirTarefasTipoGrupo(novas, expandidas, &bVarias).GetTipoErro() != 0) return *this;
+        ListaTarefas copia = tarefas;
+        if (ConcatenarListaTarefas(dados, expandidas, copia, bVarias).GetTipoErro() != 0) return *this;
+        tarefas = std::move(copia);
+        return *this;
+    });
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::TrataAlterarTarefa(const CQZDadosPX_Manutencao& dados,
+                                                            CQZDadosPX_ManutencaoTarefa* pTarefa) {
+    return ConsistirManutencaoTarefa(dados, pTarefa);
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::SugerirTarefasConformePlano(const CQZDadosPX_Manutencao& dados,
+                                                                     ListaTarefas& tarefas) {
+    return Protegido([&]() -> CQZDadosGT_Erro& {
+        LimpaErro();
+        if (ServicosAusentes()) return *this;
+        CQZDadosPX_Plano plano;
+        long hr;
+        if (QZ_CHAMA_RASTREADO(hr, kRastroTarefaLeBufferPlano,
+                               GetAcessoManutencao()->LeBufferPlano(dados.GetPonteiroPlano(), &plano, kLerPlanoTarefas)))
+            return PassaErroServico(GetAcessoManutencao()->GetErro());
+
+        ListaTarefas doPlano;
+        doPlano.reserve(std::max<size_t>(100, plano.GetListaTarefa().size()));
+        for (const CQZDadosPX_PlanoTarefa& t : plano.GetListaTarefa()) {
+            CQZDadosPX_ManutencaoTarefa linha;
+            linha.SetPonteiroTarefa(t.GetPonteiroTarefa());
+            doPlano.push_back(std::move(linha));
+        }
+        ListaTarefas expandidas;
+        if (SubstituirTarefasTipoGrupo(doPlano, expandidas, nullptr).GetTipoErro() != 0) return *this;
+        // What the plan suggests always comes with the suggested warranty.
+        ListaTarefas copia = tarefas;
+        if (ConcatenarListaTarefas(dados, expandidas, copia, true).GetTipoErro() != 0) return *this;
+        tarefas = std::move(copia);
+        return *this;
+    });
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::SubstituirTarefasTipoGrupo(const ListaTarefas& entrada, ListaTarefas& saida,
+                                                                    bool* pVarias) {
+    return Protegido([&]() -> CQZDadosGT_Erro& {
+        LimpaErro();
+        if (ServicosAusentes()) return *this;
+        ListaTarefas resultado;
+        bool bVarias = false;
+        long hr;
+        for (const CQZDadosPX_ManutencaoTarefa& linha : entrada) {
+            CQZDadosPX_Tarefa tarefa;
+            if (QZ_CHAMA_RASTREADO(hr, kRastroTarefaLeBufferTarefa,
+                                   GetAcessoManutencao()->LeBufferTarefa(linha.GetPonteiroTarefa(), &tarefa, kLerTarefa)))
+                return PassaErroServico(GetAcessoManutencao()->GetErro());
+            if (tarefa.GetTipoClassificacao() != kClassificacaoGrupo) {
+                resultado.push_back(linha);
+                continue;
+            }
+            // The group gives way to the analytic tasks of its subtree; what
+            // was typed on the group's line goes with it.
+            CQZDadosPX_FiltroTarefa filtro;
+            filtro.SetFlagSituacao(1);
+            filtro.GetFiltroClassificacao().SetPonteiroInicial(linha.GetPonteiroTarefa()).SetApenasAnalitico(1);
+            CQZListaClassificacao encontradas;
+            if (QZ_CHAMA_RASTREADO(hr, kRastroBuscaClassificacaoTarefa,
+                                   GetAcessoManutencao()->BuscaClassificacaoTarefa(filtro, &encontradas)))
+                return PassaErroServico(GetAcessoManutencao()->GetErro());
+            for (const CQZDadosGT_Classificacao& c : encontradas) {
+                CQZDadosPX_ManutencaoTarefa nova;
+                nova.SetPonteiroTarefa(c.GetPonteiro());
+                resultado.push_back(std::move(nova));
+            }
+            bVarias = true;
+        }
+        if (resultado.size() >= 2) bVarias = true;
+        saida = std::move(resultado);
+        if (pVarias) *pVarias = bVarias;
+        return *this;
+    });
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::ConcatenarListaTarefas(const CQZDadosPX_Manutencao& dados,
+                                                                const ListaTarefas& adicoes, ListaTarefas& tarefas,
+                                                                bool bSugerirGarantia) {
+    return Protegido([&]() -> CQZDadosGT_Erro& {
+        LimpaErro();
+        if (ServicosAusentes()) return *this;
+        ListaTarefas copia = tarefas;
+        std::set<uint32_t> presentes;
+        for (const CQZDadosPX_ManutencaoTarefa& t : copia) presentes.insert(t.GetPonteiroTarefa());
+
+        for (const CQZDadosPX_ManutencaoTarefa& adicao : adicoes) {
+            // A task is done once per order: the first occurrence wins, among
+            // the additions too.
+            if (presentes.count(adicao.GetPonteiroTarefa())) continue;
+            CQZDadosPX_Tarefa tarefa;
+            long hr;
+            if (QZ_CHAMA_RASTREADO(hr, kRastroConcatenarLeBufferTarefa,
+                                   GetAcessoManutencao()->LeBufferTarefa(adicao.GetPonteiroTarefa(), &tarefa,
+                                                                         kLerTarefaParaLinha)))
+                return PassaErroServico(GetAcessoManutencao()->GetErro());
+
+            CQZDadosPX_ManutencaoTarefa linha;
+            linha.SetPonteiroTarefa(tarefa.GetPonteiro())
+                .SetTempoPrevisto(tarefa.GetTempoPrevisto())
+                .SetTarefa(tarefa.GetNome())
+                .SetDetalhamento(tarefa.GetDescricao());
+            if (tarefa.GetAtribuirSituacaoTarefa()) linha.SetPonteiroSituacao(tarefa.GetPonteiroSituacaoInicial());
+            if (adicao.PossuiApontamentoTarefa()) linha.SetApontamentoTarefa(*adicao.GetApontamentoTarefa());
+
+            if (tarefa.GetGarantia() && bSugerirGarantia) {
+                REG_QZDMA data = dados.GetDataHoraEmissao().GetData();
+                if (SugerirDataGarantia(tarefa.GetPonteiroPeriodoGarantia(), tarefa.GetQuantPeriodoGarantia(), data)
+                        .GetTipoErro() != 0)
+                    return *this;
+                linha.SetGarantiaAte(1).SetDataGarantiaAte(data);
+            } else if (adicao.GetGarantiaAte()) {
+                linha.SetGarantiaAte(adicao.GetGarantiaAte()).SetDataGarantiaAte(adicao.GetDataGarantiaAte());
+            }
+
+            if (ConsistirManutencaoTarefa(dados, &linha).GetTipoErro() != 0) return *this;
+            presentes.insert(linha.GetPonteiroTarefa());
+            copia.push_back(std::move(linha));
+        }
+        tarefas = std::move(copia);
+        return *this;
+    });
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::ConsistirManutencaoTarefa(const CQZDadosPX_Manutencao& dados,
+                                                                   CQZDadosPX_ManutencaoTarefa* pTarefa) {
+    return Protegido([&]() -> CQZDadosGT_Erro& {
+        LimpaErro();
+        if (!pTarefa) return SetErro(QZ_E_ARGUMENTO_INVALIDO, QZ_MODULO_PX, 0, "Nenhuma tarefa informada.");
+        if (ServicosAusentes()) return *this;
+        const CQZDadosPX_ManutencaoTarefa& linha = *pTarefa;
+        CQZDadosPX_Tarefa tarefa;
+        long hr;
+        if (QZ_CHAMA_RASTREADO(hr, kRastroTarefaLeBufferTarefa,
+                               GetAcessoManutencao()->LeBufferTarefa(linha.GetPonteiroTarefa(), &tarefa, kLerTarefa)))
+            return PassaErroServico(GetAcessoManutencao()->GetErro());
+        if (tarefa.GetAtribuirSituacaoTarefa() && linha.GetPonteiroSituacao() == 0)
+            return SetAviso(PX_MSG(181), kCampoTarefaSituacao);
+        if (!linha.GetGarantiaAte()) return *this;
+        if (!linha.GetDataGarantiaAte().EhValida()) return SetAviso(PX_MSG(165), kCampoTarefaGarantia);
+
+        CQZDadosGT_Recurso recurso;
+        if (QZ_CHAMA_RASTREADO(hr, kRastroTarefaLeBufferRecurso,
+                               GetAcessoGestavo()->LeBufferRecurso(dados.GetPonteiroRecurso(), &recurso,
+                                                                   kLerRecursoGarantias)))
+            return PassaErroServico(GetAcessoGestavo()->GetErro());
+        // The warranty the same task left on the resource last time.
+        for (const CQZDadosGT_RecursoGarantia& garantia : recurso.GetListaRecursoGarantia()) {
+            if (garantia.GetPonteiroTarefa() != linha.GetPonteiroTarefa()) continue;
+            pTarefa->SetDataUltimaGarantia(garantia.GetDmaGarantia()).SetDmcUltimaManutencao(garantia.GetDmcManutencao());
+            break;
+        }
+        return *this;
+    });
+}
+
+// ---- time entries ----------------------------------------------------------------
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::TrataAdicionarAlterarApontamento(
+    const CQZDadosPX_Manutencao& dados, CQZDadosPX_ManutencaoApontamento* pApontamento) {
+    return Protegido([&]() -> CQZDadosGT_Erro& {
+        LimpaErro();
+        if (!pApontamento) return SetErro(QZ_E_ARGUMENTO_INVALIDO, QZ_MODULO_PX, 0, "Nenhum apontamento informado.");
+        if (ServicosAusentes()) return *this;
+        const REG_QZDMAHMSUTC& inicio = pApontamento->GetDataHoraInicial();
+        const REG_QZDMAHMSUTC& fim = pApontamento->GetDataHoraFinal();
+        const REG_QZDMAHMSUTC& inicioManutencao = dados.GetDataHoraInicio();
+        const REG_QZDMAHMSUTC& fimManutencao = dados.GetDataHoraFim();
+
+        if (!Preenchido(inicio)) return SetAviso(PX_MSG(105), kCampoInicio);
+        // An order not started yet takes any start.
+        if (Preenchido(inicioManutencao) && inicio.GetInstanteUtc() < inicioManutencao.GetInstanteUtc())
+            return SetAviso(PX_MSG(103), kCampoInicio);
+        if (inicio.GetInstanteUtc() > GetRelogio().Agora().GetInstanteUtc()) return SetAviso(PX_MSG(104), kCampoInicio);
+        if (!Preenchido(fim)) return SetAviso(PX_MSG(108), kCampoFim);
+        if (Preenchido(fimManutencao) && fim.GetInstanteUtc() > fimManutencao.GetInstanteUtc())
+            return SetAviso(PX_MSG(109), kCampoFim);
+        if (inicio.GetInstanteUtc() > fim.GetInstanteUtc()) return SetAviso(PX_MSG(110), kCampoInicio);
+
+        const uint32_t ulTecnico = pApontamento->GetPonteiroTecnico();
+        if (ulTecnico != 0) return ConsistirTecnicoApontamento(dados, ulTecnico);
+
+        CQZDadosPX_Mestre mestre;
+        long hr;
+        if (QZ_CHAMA_RASTREADO(hr, kRastroApontamentoLeBufferMestre, GetAcessoManutencao()->LeBufferMestre(&mestre, 0)))
+            return PassaErroServico(GetAcessoManutencao()->GetErro());
+        if (mestre.GetObrigarInformarTecnicoManutencao()) return SetAviso(PX_MSG(28), kCampoTecnico);
+        return *this;
+    });
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::ConsistirTecnicoApontamento(const CQZDadosPX_Manutencao& dados,
+                                                                     uint32_t ulTecnico) {
+    // Time is entered on an order already saved: an inactive technician
+    // enters none.
+    CQZDadosPX_Tecnico tecnico;
+    if (VerificaTecnico(ulTecnico, &tecnico, false).GetTipoErro() != 0) return *this;
+    if (dados.GetTipoManutencao() != TIPO_PREVENTIVA) return *this;
+
+    CQZDadosPX_Plano plano;
+    long hr;
+    if (QZ_CHAMA_RASTREADO(hr, kRastroApontamentoLeBufferPlano,
+                           GetAcessoManutencao()->LeBufferPlano(dados.GetPonteiroPlano(), &plano, 0)))
+        return PassaErroServico(GetAcessoManutencao()->GetErro());
+    IQZPX_Disciplina* pDisciplinas = GetAcessoServidores()->GetIPXDisciplina_deprecated(*GetConexao());
+    for (const CQZDadosPX_TecnicoDisciplina& d : tecnico.GetListaDisciplina()) {
+        if (d.GetPonteiroDisciplina() == plano.GetPonteiroDisciplina()) return *this;
+        if (!pDisciplinas)
+            return SetErro(QZ_E_SEM_SERVICOS, QZ_MODULO_PX, 0,
+                           "A empresa \"%s\" não oferece o serviço de disciplinas.", GetEmpresa().GetString());
+        bool bAtende = false;
+        if (QZ_CHAMA_RASTREADO(hr, kRastroDisciplinaAtende,
+                               pDisciplinas->DisciplinaAtende(plano.GetPonteiroDisciplina(), d.GetPonteiroDisciplina(),
+                                                              bAtende)))
+            return PassaErroServico(GetAcessoManutencao()->GetErro());
+        if (bAtende) return *this;
+    }
+    return SetAviso(PX_MSG(71), kCampoApontamentoDisciplina);
+}
+
+// ---- cancellation ----------------------------------------------------------------
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::ConsistirExclusao(CQZDadosPX_Manutencao& dados, IQZTrataInconsistencia*) {
+    return Protegido([&]() -> CQZDadosGT_Erro& {
+        LimpaErro();
+        if (ServicosAusentes()) return *this;
+        return PassosCancelamento(dados);
+    });
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::PassosCancelamento(CQZDadosPX_Manutencao& dados) {
+    if (!dados.GetDmc().EhValido()) return SetAviso(PX_MSG(144), kCampoChave);
+    CQZDadosPX_Manutencao gravada;
+    long hr;
+    if (QZ_CHAMA_RASTREADO(hr, kRastroCancelamentoLeManutencao,
+                           GetAcessoManutencao()->LeManutencao(dados.GetDmc(), &gravada, kLerManutencaoCompleta)))
+        return PassaErroServico(GetAcessoManutencao()->GetErro());
+
+    CQZDadosPX_Situacao situacao;
+    if (VerificaSituacaoManutencao(dados.GetPonteiroSituacao(), situacao, kCampoChave, true, false).GetTipoErro() != 0)
+        return *this;
+    if (situacao.GetSituacaoBase() != SITUACAO_CANCELADA)
+        return SetAvisoPersonalizado(PX_MSG(147), kCampoChave, situacao.GetCodigo(), situacao.GetDescricao(),
+                                     CPXFuncoesComuns::GetSituacaoManutencao(situacao.GetSituacaoBase()));
+    if (gravada.GetSituacao() != SITUACAO_ABERTA) return SetAviso(PX_MSG(148), kCampoChave);
+
+    // Anything recorded of the work keeps the order alive.
+    const CString cancelada = CPXFuncoesComuns::GetSituacaoManutencao(SITUACAO_CANCELADA);
+    if (gravada.GetDataHoraInicio().ullValor != 0) return SetAvisoPersonalizado(PX_MSG(149), kCampoChave, cancelada);
+    if (gravada.GetDataHoraFim().ullValor != 0) return SetAvisoPersonalizado(PX_MSG(150), kCampoChave, cancelada);
+    if (gravada.GetDataHoraNovaProgramacao().ullValor != 0)
+        return SetAvisoPersonalizado(PX_MSG(151), kCampoChave, cancelada);
+    if (!gravada.GetTempoDuracao().EhZero()) return SetAvisoPersonalizado(PX_MSG(152), kCampoChave, cancelada);
+    // The message also names a line that moved stock; a closing counter has none.
+    if (!gravada.GetContadorEncerramento().EhZero())
+        return SetAvisoPersonalizado(PX_MSG(153), kCampoChave, cancelada, CString());
+
+    if (ConsistirQuantComponentesCancelamento(gravada.GetListaMaterial(), kMaterial.lCampoProduto).GetTipoErro() != 0 ||
+        ConsistirQuantComponentesCancelamento(gravada.GetListaEquipamento(), kEquipamento.lCampoProduto)
+                .GetTipoErro() != 0 ||
+        ConsistirQuantComponentesCancelamento(gravada.GetListaServico(), kServico.lCampoProduto).GetTipoErro() != 0)
+        return *this;
+    if (gravada.GetQuantidadeApontamento() > 0) return SetAvisoPersonalizado(PX_MSG(155), kCampoChave, cancelada);
+
+    dados = std::move(gravada);
+    dados.SetPonteiroSituacao(situacao.GetPosicao()).SetSituacao(situacao.GetSituacaoBase());
+    return *this;
 }

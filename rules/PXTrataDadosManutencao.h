@@ -1,7 +1,12 @@
 // Rules of maintenance orders: the save validation (on a working copy that
-// reaches the caller only when every check passes), the checks of component
-// lines while the order is edited, the suggestion of components from the
-// order's tasks, warranty dates, and the component check of a cancellation.
+// reaches the caller only when every check passes), the checks of task,
+// component and time-entry lines while the order is edited, the suggestion
+// of tasks from the order's plan and of components from its tasks, warranty
+// dates, and the cancellation (the order's delete rules).
+//
+// The operations on a list of the caller's change that list only when they
+// succeed as a whole; a line passed in and out changes only when its check
+// passes.
 #pragma once
 
 #include <vector>
@@ -15,6 +20,7 @@ struct CPXRegrasComponente;
 class CPXTrataDadosManutencao : public TPXTrataDadosRegistro<CQZDadosPX_Manutencao> {
 public:
     using ListaComponentes = std::vector<CQZDadosPX_ManutencaoComponente>;
+    using ListaTarefas = std::vector<CQZDadosPX_ManutencaoTarefa>;
 
     explicit CPXTrataDadosManutencao(bool bInterfaceUsuario = false);
     ~CPXTrataDadosManutencao() override { Finaliza(); }
@@ -71,11 +77,54 @@ public:
     // consumed, naming the first such line.
     CQZDadosGT_Erro& ConsistirQuantComponentesCancelamento(const ListaComponentes& lista, int32_t lCampo);
 
+    // ---- task lines ----
+
+    // Adds the tasks the user chose to `tarefas`, the order's task list:
+    // groups bring the analytic tasks beneath them, a task already on the
+    // order is skipped, and each new line is built from its task master. A
+    // single simple task keeps the warranty typed on its line; several get
+    // the warranty their task masters suggest.
+    CQZDadosGT_Erro& TrataAdicionarTarefa(const CQZDadosPX_Manutencao& dados, const ListaTarefas& novas,
+                                          ListaTarefas& tarefas);
+    // Checks a task line the user changed (ConsistirManutencaoTarefa).
+    CQZDadosGT_Erro& TrataAlterarTarefa(const CQZDadosPX_Manutencao& dados, CQZDadosPX_ManutencaoTarefa* pTarefa);
+    // Adds the tasks of the order's plan to `tarefas`, with the warranty
+    // dates their task masters suggest.
+    CQZDadosGT_Erro& SugerirTarefasConformePlano(const CQZDadosPX_Manutencao& dados, ListaTarefas& tarefas);
+    // `saida` is `entrada` with each group task replaced by the analytic
+    // tasks beneath it, in the order the search returns them; *pVarias (when
+    // given) says whether a group was expanded or two or more lines result.
+    CQZDadosGT_Erro& SubstituirTarefasTipoGrupo(const ListaTarefas& entrada, ListaTarefas& saida, bool* pVarias);
+    // Appends to `tarefas` a line built from the task master of each
+    // addition whose task is not on the list yet (the first occurrence
+    // wins), each line checked by ConsistirManutencaoTarefa.
+    CQZDadosGT_Erro& ConcatenarListaTarefas(const CQZDadosPX_Manutencao& dados, const ListaTarefas& adicoes,
+                                            ListaTarefas& tarefas, bool bSugerirGarantia);
+    // A line whose task asks for a situation has one; a line under warranty
+    // has a valid warranty date, and learns the last warranty its task left
+    // on the order's resource.
+    CQZDadosGT_Erro& ConsistirManutencaoTarefa(const CQZDadosPX_Manutencao& dados,
+                                               CQZDadosPX_ManutencaoTarefa* pTarefa);
+
+    // ---- time entries ----
+
+    // Checks a technician's time entry before it is added to or changed on
+    // the order: its start and end against the order's and the clock, and
+    // the technician, who on a plan's order must hold a discipline that
+    // serves the plan's.
+    CQZDadosGT_Erro& TrataAdicionarAlterarApontamento(const CQZDadosPX_Manutencao& dados,
+                                                      CQZDadosPX_ManutencaoApontamento* pApontamento);
+
 protected:
     CQZDadosGT_Erro& Consistir(CQZDadosPX_Manutencao& dados, const CQZDadosPX_Manutencao*,
                                IQZTrataInconsistencia*) override {
         return ConsistirManutencao(&dados);
     }
+    // A delete is a cancellation: `dados` names the order (its key) and the
+    // cancellation situation chosen (its situation pointer). Only an open
+    // order nobody worked on may go; then `dados` becomes the stored order in
+    // that situation, for the caller to write.
+    CQZDadosGT_Erro& ConsistirExclusao(CQZDadosPX_Manutencao& dados, IQZTrataInconsistencia*) override;
 
 private:
     // The steps of ConsistirManutencao.
@@ -85,6 +134,8 @@ private:
     CQZDadosGT_Erro& TrataAdicionarAlterarComponente(const CPXRegrasComponente& regras,
                                                      const CQZDadosPX_ManutencaoComponente& linha, int64_t index,
                                                      const ListaComponentes& lista);
+    CQZDadosGT_Erro& PassosCancelamento(CQZDadosPX_Manutencao& dados);
+    CQZDadosGT_Erro& ConsistirTecnicoApontamento(const CQZDadosPX_Manutencao& dados, uint32_t ulTecnico);
     // Message 161 when there are no data services to read through.
     bool ServicosAusentes();
 };

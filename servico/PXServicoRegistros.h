@@ -17,6 +17,10 @@ struct CPXResultadoRegistro {
     bool gravado = false;
     // The rules' verdict when refused.
     CQZDadosGT_Erro veredito;
+    // When a line of a list was refused: the list and the line's index (the
+    // verdict's item too); empty and -1 otherwise.
+    std::string lista;
+    int64_t linha = -1;
     // Non-blocking inconsistencies the handler reported.
     std::vector<CQZDadosGT_Erro> inconsistencias;
 };
@@ -27,17 +31,26 @@ public:
 
     // Asks the type's handler whether `registro` may be saved and, when it
     // may (and this is not a dry run), writes it: an insert when it has no
-    // key, else an update. On success `registro` is the record as saved
-    // (trimmed, completed, with its key and stamp). Returns 0 when the rules
-    // answered (the verdict is in `resultado`), or the failure (no handler,
-    // the store) with its reason in GetErro().
+    // key, else an update. Where the type says so, each line of the record's
+    // lists is first checked by the handler's per-line operation, as a
+    // screen adds and changes lines: a line at an index the stored record's
+    // list has is checked as a change of that line, any other as an
+    // addition; the first line refused is the verdict. Lines are checked,
+    // not rebuilt: what reaches TrataGravacao is the record as given. On
+    // success `registro` is the record as saved (trimmed, completed, with its
+    // key and stamp). Returns 0 when the rules answered (the verdict is in
+    // `resultado`), or the failure (no handler, the store) with its reason
+    // in GetErro().
     [[nodiscard]] long Salva(const IPXTipoRegistro& tipo, TQZBaseParaDados& registro, bool simulacao,
                              CPXResultadoRegistro& resultado);
-    // Reads the record at `chave` into `registro` and deletes it when its
-    // type's integrity check and delete rules allow it. Returns like Salva
-    // (QZ_E_REGISTRO_NAO_ENCONTRADO when no record has that key).
+    // Reads the record at `chave` into `registro` and deletes it as its type
+    // says (EPXExclusao): a register after its integrity check, a record
+    // with delete rules when they allow it. A type deleted by cancelling is
+    // written instead, as its rules hand it back (`registro` is then the
+    // record as written). Returns like Salva (QZ_E_REGISTRO_NAO_ENCONTRADO
+    // when no record has that key, named as users write it).
     [[nodiscard]] long Exclui(const IPXTipoRegistro& tipo, int64_t chave, std::unique_ptr<TQZBaseParaDados>& registro,
-                              CPXResultadoRegistro& resultado);
+                              CPXResultadoRegistro& resultado, const CPXOpcoesExclusao& opcoes = {});
 
     const CQZDadosGT_Erro& GetErro() const { return m_erro; }
     const CPXSessao& Sessao() const { return m_sessao; }
@@ -47,6 +60,10 @@ private:
     long PreparaTratador(const IPXTipoRegistro& tipo, const TQZBaseParaDados& registro,
                          std::unique_ptr<CPXTrataDados>& tratador, CQZArmazemSQL*& armazem);
     long Falha(long hr, const CQZDadosGT_Erro& erro);
+    // A delete without rules: the integrity check and the removal, on a
+    // connection of the service's own.
+    long ExcluiCadastro(const IPXTipoRegistro& tipo, int64_t chave, TQZBaseParaDados& registro,
+                        CPXResultadoRegistro& resultado);
 
     CPXSessao m_sessao;
     CQZDadosGT_Erro m_erro;

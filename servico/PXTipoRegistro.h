@@ -1,5 +1,6 @@
 // What the save/delete service knows of one record type: how its records
-// are stored, which rule handler checks a save or a delete, and which
+// are stored, which rule handler checks a save or a delete, how each line of
+// its lists is checked before the save, how a delete goes, and which
 // integrity check guards a delete. A host describes each type it serves
 // once (TPXTipoRegistro<R>), adding what it needs on top (the command line
 // adds the JSON form).
@@ -7,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "integrity/PXControleIntegridade.h"
@@ -18,6 +20,33 @@ struct CPXSessao {
     CString empresa;
     uint16_t usuario = 1;
     uint32_t sessao = 1;
+};
+
+// Where the check of a record's lines refused it: the list (its name in the
+// record's declaration) and the line's index in it.
+struct CPXLinhaRecusada {
+    std::string lista;
+    int64_t linha = -1;
+};
+
+// How a record of the type is deleted.
+enum class EPXExclusao {
+    // The handler's delete rules (TrataExclusao), after the integrity check
+    // where the type has one; allowed, the record they hand back is removed.
+    REGRAS,
+    // A register: it has no delete rules of its own, so its handler is not
+    // asked; the integrity check, where the type has one, then the removal.
+    CADASTRO,
+    // An order: its delete rules are a cancellation, which hands back the
+    // stored record in the chosen situation; that record is written, and no
+    // row is ever removed.
+    CANCELAMENTO,
+};
+
+// What a delete is asked with.
+struct CPXOpcoesExclusao {
+    // The situation a record is cancelled into; 0: none chosen.
+    uint32_t ulSituacaoCancelamento = 0;
 };
 
 class IPXTipoRegistro {
@@ -36,8 +65,24 @@ public:
     [[nodiscard]] virtual long Le(CQZArmazemSQL& a, int64_t chave, TQZBaseParaDados& r) const = 0;
     [[nodiscard]] virtual long Chaves(CQZArmazemSQL& a, std::vector<int64_t>& chaves) const = 0;
 
+    // The record's key as the store takes it (Le), whether the record has
+    // one, and a key as users write it (a position, or "YYYY-MM/N").
+    virtual int64_t Chave(const TQZBaseParaDados& r) const = 0;
+    virtual bool EstaGravado(const TQZBaseParaDados& r) const = 0;
+    virtual CString TextoChave(int64_t chave) const = 0;
+
     // The handler that checks this record (null when the type has none).
     virtual std::unique_ptr<CPXTrataDados> Tratador(const TQZBaseParaDados& r) const = 0;
+    // Whether the lines of the type's lists are checked one by one before a
+    // save, and the check itself, through `tratador` (the record's handler,
+    // initialised) against `gravado`, the stored record (null for a new
+    // one): false at the first line refused, with the verdict in `tratador`.
+    virtual bool TemLinhas() const = 0;
+    virtual bool ConfereLinhas(CPXTrataDados& tratador, const TQZBaseParaDados& r, const TQZBaseParaDados* gravado,
+                               CPXLinhaRecusada& recusa) const = 0;
+    virtual EPXExclusao Exclusao() const = 0;
+    // Puts into the record what a cancellation was asked with.
+    virtual void PreparaCancelamento(TQZBaseParaDados& r, const CPXOpcoesExclusao& opcoes) const = 0;
     // Whether the type has an integrity check before a delete.
     virtual bool TemIntegridade(const TQZBaseParaDados& r) const = 0;
     // The integrity check that must pass before the record is deleted, where
@@ -53,6 +98,7 @@ public:
     using FabricaTratador = std::function<std::unique_ptr<CPXTrataDados>(const R&)>;
     using RegraIntegridade = std::function<bool(const R&, const CPXSessao&, CQZDadosGT_Erro&)>;
     using FiltroIntegridade = std::function<bool(const R&)>;
+    using ConferenciaLinhas = std::function<bool(CPXTrataDados&, const R&, const R*, CPXLinhaRecusada&)>;
 
     // The handler of every record of the type.
     template <class H>
@@ -69,6 +115,28 @@ public:
     TPXTipoRegistro& ComIntegridade(RegraIntegridade r, FiltroIntegridade aplica = nullptr) {
         m_integridade = std::move(r);
         m_aplicaIntegridade = std::move(aplica);
+        return *this;
+    }
+    // The check of the record's lines, through its handler H (servico/
+    // PXLinhasRegistro.h); a record whose handler is another one has none.
+    template <class H>
+    TPXTipoRegistro& ComLinhas(bool (*confere)(H&, const R&, const R*, CPXLinhaRecusada&)) {
+        m_linhas = [confere](CPXTrataDados& t, const R& r, const R* g, CPXLinhaRecusada& recusa) {
+            H* h = dynamic_cast<H*>(&t);
+            return !h || confere(*h, r, g, recusa);
+        };
+        return *this;
+    }
+    // A register: deleted without asking its handler.
+    TPXTipoRegistro& ComExclusaoCadastro() {
+        m_exclusao = EPXExclusao::CADASTRO;
+        return *this;
+    }
+    // Deleted by cancelling: `situacao` puts the chosen situation into the
+    // record its rules are given.
+    TPXTipoRegistro& ComCancelamento(std::function<void(R&, uint32_t)> situacao) {
+        m_exclusao = EPXExclusao::CANCELAMENTO;
+        m_situacaoCancelamento = std::move(situacao);
         return *this;
     }
     // Movements: the month a new record is numbered in, taken from the
@@ -102,8 +170,35 @@ public:
         return a.LeRegistro(chave, Tipado(r));
     }
     long Chaves(CQZArmazemSQL& a, std::vector<int64_t>& chaves) const override { return a.ListaChaves<R>(chaves); }
+    int64_t Chave(const TQZBaseParaDados& r) const override {
+        if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_DMC)
+            return static_cast<int64_t>(QZChaveDmcDe(Tipado(r)).GetValor());
+        else if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_UNICA)
+            return 1;
+        else
+            return static_cast<int64_t>(Tipado(r).GetPosicao());
+    }
+    bool EstaGravado(const TQZBaseParaDados& r) const override { return QZEstaGravado(Tipado(r)); }
+    CString TextoChave(int64_t chave) const override {
+        if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_DMC) {
+            const REG_QZDMC dmc = REG_QZDMC::DeValor(static_cast<uint64_t>(chave));
+            return CString::Formatado("%04u-%02u/%u", static_cast<unsigned>(dmc.ma.usAno),
+                                      static_cast<unsigned>(dmc.ma.usMes), static_cast<unsigned>(dmc.ulNumero));
+        } else {
+            return CString::Formatado("%lld", static_cast<long long>(chave));
+        }
+    }
     std::unique_ptr<CPXTrataDados> Tratador(const TQZBaseParaDados& r) const override {
         return m_tratador ? m_tratador(Tipado(r)) : nullptr;
+    }
+    bool TemLinhas() const override { return static_cast<bool>(m_linhas); }
+    bool ConfereLinhas(CPXTrataDados& tratador, const TQZBaseParaDados& r, const TQZBaseParaDados* gravado,
+                       CPXLinhaRecusada& recusa) const override {
+        return !m_linhas || m_linhas(tratador, Tipado(r), gravado ? &Tipado(*gravado) : nullptr, recusa);
+    }
+    EPXExclusao Exclusao() const override { return m_exclusao; }
+    void PreparaCancelamento(TQZBaseParaDados& r, const CPXOpcoesExclusao& opcoes) const override {
+        if (m_situacaoCancelamento) m_situacaoCancelamento(Tipado(r), opcoes.ulSituacaoCancelamento);
     }
     bool TemIntegridade(const TQZBaseParaDados& r) const override {
         return m_integridade && (!m_aplicaIntegridade || m_aplicaIntegridade(Tipado(r)));
@@ -121,6 +216,9 @@ protected:
 
 private:
     FabricaTratador m_tratador;
+    ConferenciaLinhas m_linhas;
+    EPXExclusao m_exclusao = EPXExclusao::REGRAS;
+    std::function<void(R&, uint32_t)> m_situacaoCancelamento;
     RegraIntegridade m_integridade;
     FiltroIntegridade m_aplicaIntegridade;
     std::function<REG_QZMA(const R&)> m_mesDaChave;

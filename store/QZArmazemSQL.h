@@ -37,6 +37,7 @@
 #include "platform/QZAcesso.h"
 #include "platform/QZBaseParaRotinas.h"
 #include "platform/QZCodigosResultado.h"
+#include "platform/QZPX_Disciplina.h"
 #include "platform/QZRelogio.h"
 #include "store/QZSQLite.h"
 
@@ -244,6 +245,8 @@ public:
     CQZAcessoGestavoBuffer& AcessoGestavo() override { return *this; }
     // The extra information, on this connection (its tables in the same database).
     IQZArmazemInfoExtras* InfoExtras() override;
+    // The discipline tree, read through this connection's own reads.
+    IQZPX_Disciplina* Disciplina() override { return &m_disciplina; }
     bool IniciaLeitura() override;
     void EncerraLeitura() override { m_banco.EncerraTransacao(); }
 
@@ -436,6 +439,7 @@ private:
     std::unordered_map<ChaveCache, std::shared_ptr<TQZBaseParaDados>, HashChaveCache> m_cache;
     int64_t m_versaoDados = -1;
     std::unique_ptr<CQZConexaoInfoExtrasSQL> m_infoExtras;
+    CQZPX_DisciplinaArvore m_disciplina{*this};
     IQZTransporteEmail* m_pTransporteEmail = nullptr;
     std::string m_sUltimaRespostaEmail;
 };

@@ -1,13 +1,29 @@
-// Expense entries: dated expenses booked under an expense type, movement
-// records keyed by month and number (REG_QZDMC).
+// Expense entries: dated expenses incurred on a resource and booked under an
+// expense type, movement records keyed by month and number (REG_QZDMC), with
+// their item lines.
 #pragma once
 
 #include "platform/records/PXCriterios.h"
 
+// An item: a product, how much of it and what it cost.
+#define CAMPOS_PX_LANCAMENTO_GASTOS_ITEM(CAMPO, LISTA)    \
+    CAMPO(_REG_POSICAO_PRODUTOPS, ProdutoServico, 0)      \
+    CAMPO(CQZMoeda, Quantidade, 0)                        \
+    CAMPO(CQZMoeda, Valor, 0)
+
+class CQZDadosPX_LancamentoGastosItem : public TQZBaseParaDados {
+    QZ_REGISTRO(CQZDadosPX_LancamentoGastosItem, CAMPOS_PX_LANCAMENTO_GASTOS_ITEM)
+};
+
+// Data: the day of the expense (empty when not informed); the key's month is
+// the month of the date the entry was first saved with.
 #define CAMPOS_PX_LANCAMENTO_GASTOS(CAMPO, LISTA)         \
     CAMPO(REG_QZDMC, Dmc, QZ_CHAVE)                       \
     CAMPO(uint32_t, PonteiroTipoGasto, QZ_IDX)            \
-    CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO)
+    CAMPO(REG_QZDMA, Data, 0)                             \
+    CAMPO(uint32_t, PonteiroRecurso, 0)                   \
+    CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO)    \
+    LISTA(CQZDadosPX_LancamentoGastosItem, Item)
 
 class CQZDadosPX_LancamentoGastos : public TQZBaseParaDados {
     QZ_REGISTRO(CQZDadosPX_LancamentoGastos, CAMPOS_PX_LANCAMENTO_GASTOS)

@@ -49,9 +49,12 @@ public:
 };
 
 // Codes match whole. GetFiltroClassificacao().SetPonteiroInicial names the
-// root of the subtree a classification search returns.
+// root of the subtree a classification search returns. SetFlagSituacao(1)
+// asks for tasks in use only: a task has no inactive flag, so every task is
+// in use and the criterion narrows nothing.
 #define CRITERIOS_PX_FILTRO_TAREFA(CRITERIO) \
     CRITERIO(CString, Codigo)                \
+    CRITERIO(uint8_t, FlagSituacao)          \
     CRITERIO(CQZDadosPX_FiltroClassificacao, FiltroClassificacao)
 
 class CQZDadosPX_FiltroTarefa : public TQZBaseFiltro {

@@ -143,7 +143,7 @@ TEST_F(PXComandosTest, BadInputIsAnErrorWithItsPlaceAndNeverAWrite) {
         {{"save", m_arquivo, "Usuario", "-"}, R"({"Login": "x"})", "", "não tem regras de gravação"},
         {{"save", m_arquivo, "Prioridade", "/nao/existe.json"}, "", "", "não foi possível ler"},
         {{"save", m_arquivo + ".2", "Prioridade", "-"}, "{}", "", "não existe"},
-        {{"delete", m_arquivo, "Prioridade", "99"}, "", "", "não há CQZDadosPX_Prioridade na chave 99"},
+        {{"delete", m_arquivo, "Prioridade", "99"}, "", "", "Não há CQZDadosPX_Prioridade na chave 99"},
         {{"delete", m_arquivo, "Prioridade", "x"}, "", "", "chave inválida"},
         {{"import", m_arquivo, "-"}, "{\"type\": \"CQZDadosPX_Prioridade\", \"Codigo\": \"Z\"}\n[]", "", "esperava um objeto"},
     };
@@ -261,22 +261,22 @@ TEST_F(PXComandosTest, EveryDemoRecordPassesItsOwnRules) {
     EXPECT_GT(verificados, 0);
 }
 
-TEST_F(PXComandosTest, DeleteAsksTheIntegrityCheckThenTheRulesAndKeepsARefusedRecord) {
+TEST_F(PXComandosTest, ARegisterIsDeletedAfterItsIntegrityCheckAndKeptWhenRefused) {
     CriaDemo();
-    auto r = Roda({"--json", "delete", m_arquivo, "Prioridade", "2"});
-    EXPECT_EQ(r.codigo, 1);
-    EXPECT_EQ(r.json()["message"], 162);  // priorities are not deleted through their handler
-    EXPECT_EQ(Prioridade(2)["Codigo"], "URG");
-
     // Technician T001 is named by an order of the demo plant.
-    r = Roda({"--json", "delete", m_arquivo, "Tecnico", "2"});
+    auto r = Roda({"--json", "delete", m_arquivo, "Tecnico", "2"});
     EXPECT_EQ(r.codigo, 1);
     EXPECT_EQ(r.json()["module"], 28);
     EXPECT_EQ(r.json()["text"], U8(u8"A manutenção 03/2026-000001 é dependente do técnico T001 João Pereira"));
-    // A task situation has no integrity check: the handler's default refuses.
-    r = Roda({"--json", "delete", m_arquivo, "Situacao", "9"});
-    EXPECT_EQ(r.json()["message"], 162);
+    r = Roda({"delete", m_arquivo, "Tecnico", "2"});
+    EXPECT_EQ(r.saida, U8(u8"recusado: A manutenção 03/2026-000001 é dependente do técnico T001 João Pereira\n"))
+        << "a text of its own is shown alone";
     EXPECT_NE(Roda({"export", m_arquivo, "--type", "Tecnico"}).saida.find("\"Posicao\":2,"), std::string::npos);
+    // A task situation has no integrity check and no delete rules: it goes.
+    r = Roda({"--json", "delete", m_arquivo, "Situacao", "9"});
+    EXPECT_EQ(r.codigo, 0) << r.saida;
+    EXPECT_EQ(r.json()["allowed"], true);
+    EXPECT_EQ(Roda({"export", m_arquivo, "--type", "Situacao"}).saida.find("\"Posicao\":9,"), std::string::npos);
 }
 
 TEST_F(PXComandosTest, PermissionsPrintTheThirteenFlags) {

@@ -5,6 +5,9 @@
 #pragma once
 
 #include <gmock/gmock.h>
+#include <functional>
+#include <string>
+#include <vector>
 #include <gtest/gtest.h>
 
 #include "platform/QZRastro.h"
@@ -83,6 +86,33 @@ protected:
         falhas.Limpa();
         falhas.ZeraContagem();
         rastro.Limpa();
+    }
+
+    // Every data-service call of `operacao` (run each time from the state
+    // `prepara` sets up) failed in turn, once: each time the service's own
+    // error must come back, and `inalterado` checks that the caller's record
+    // and lists are as they were passed. Returns the operations called by
+    // the run without failures, in order.
+    std::vector<std::string> VarreFalhas(const std::function<void()>& prepara,
+                                         const std::function<const CQZDadosGT_Erro&()>& operacao,
+                                         const std::function<void()>& inalterado) {
+        prepara();
+        ZeraChamadas();
+        EXPECT_EQ(operacao().GetTipoErro(), 0) << "the run without failures passes";
+        const std::vector<std::string> chamadas = falhas.Historico();
+        EXPECT_FALSE(chamadas.empty());
+        for (size_t k = 1; k <= chamadas.size(); ++k) {
+            SCOPED_TRACE(testing::Message() << "call " << k << ", " << chamadas[k - 1]);
+            prepara();
+            ZeraChamadas();
+            falhas.FalhaEm("*", static_cast<long>(k), QZ_E_BANCO_OCUPADO, "Banco ocupado");
+            const CQZDadosGT_Erro& erro = operacao();
+            EXPECT_EQ(erro.GetUltimoHR(), QZ_E_BANCO_OCUPADO);
+            EXPECT_EQ(erro.GetModulo(), QZ_MODULO_CONEXAO);
+            EXPECT_EQ(erro.GetMensagem(), CString(("Banco ocupado (" + chamadas[k - 1] + ")").c_str()));
+            inalterado();
+        }
+        return chamadas;
     }
 
     static std::unique_ptr<CQZArmazemSQL> AbrePrimeira(CQZFabricaArmazemSQL& f) {
