@@ -702,9 +702,10 @@ CQZDadosGT_Erro& CPXTrataDadosManutencao::ConcatenarListaTarefas(const CQZDadosP
     return Protegido([&]() -> CQZDadosGT_Erro& {
         LimpaErro();
         if (ServicosAusentes()) return *this;
-        ListaTarefas copia = tarefas;
+        // Appends in place: a failure leaves the lines appended so far, and
+        // both public callers pass a copy that they keep only on success.
         std::set<uint32_t> presentes;
-        for (const CQZDadosPX_ManutencaoTarefa& t : copia) presentes.insert(t.GetPonteiroTarefa());
+        for (const CQZDadosPX_ManutencaoTarefa& t : tarefas) presentes.insert(t.GetPonteiroTarefa());
 
         for (const CQZDadosPX_ManutencaoTarefa& adicao : adicoes) {
             // A task is done once per order: the first occurrence wins, among
@@ -737,9 +738,8 @@ CQZDadosGT_Erro& CPXTrataDadosManutencao::ConcatenarListaTarefas(const CQZDadosP
 
             if (ConsistirManutencaoTarefa(dados, &linha).GetTipoErro() != 0) return *this;
             presentes.insert(linha.GetPonteiroTarefa());
-            copia.push_back(std::move(linha));
+            tarefas.push_back(std::move(linha));
         }
-        tarefas = std::move(copia);
         return *this;
     });
 }

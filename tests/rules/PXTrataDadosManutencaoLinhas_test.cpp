@@ -145,6 +145,19 @@ TEST_F(PXTrataDadosManutencaoLinhasTest, AddingTasks) {
     }
 }
 
+// The concatenation works on the list it is given: a refused line leaves the
+// lines before it there; adding tasks hands it a copy kept only on success.
+TEST_F(PXTrataDadosManutencaoLinhasTest, ARefusedAdditionLeavesTheLinesBeforeItOnlyInTheConcatenatedList) {
+    const CPXTrataDadosManutencao::ListaTarefas novas{LinhaTarefa(TAREFA_SIMPLES), LinhaTarefa(SEM_SITUACAO)};
+    CPXTrataDadosManutencao::ListaTarefas concatenada{LinhaTarefa(TAREFA_INF)};
+    EXPECT_THAT(handler.ConcatenarListaTarefas(ordem, novas, concatenada, false), TemMensagem(QZ_MODULO_PX, 181, 109));
+    EXPECT_EQ(TarefasGarantias(concatenada), (TG{{TAREFA_INF, {}}, {TAREFA_SIMPLES, {}}}));
+
+    CPXTrataDadosManutencao::ListaTarefas adicionada{LinhaTarefa(TAREFA_INF)};
+    EXPECT_THAT(handler.TrataAdicionarTarefa(ordem, novas, adicionada), TemMensagem(QZ_MODULO_PX, 181, 109));
+    EXPECT_EQ(TarefasGarantias(adicionada), (TG{{TAREFA_INF, {}}}));
+}
+
 TEST_F(PXTrataDadosManutencaoLinhasTest, ANewLineIsBuiltFromItsTaskMaster) {
     CQZDadosPX_ManutencaoTarefa digitada = LinhaTarefa(GARANTIA);
     digitada.SetTarefa("digitada").SetDetalhamento("digitado").SetPonteiroSituacao(SITUACAO_TAREFA);
