@@ -21,6 +21,7 @@
 #include "platform/QZCodigosResultado.h"
 #include "servico/PXServicoRegistros.h"
 #include "store/QZFabricaArmazemSQL.h"
+#include "store/QZPostgres.h"
 
 namespace {
 
@@ -225,7 +226,10 @@ int64_t ChaveDoArgumento(const IPXTipoHost& tipo, const std::string& texto) {
 // ---- commands ---------------------------------------------------------------
 
 int Init(const Opcoes& o, Saida& s) {
-    if (o.armazem != ":memory:" && access(o.armazem.c_str(), F_OK) == 0)
+    // On a server the store is the database (or schema) the URL names.
+    const bool servidor = qzsql::EhUrlPostgres(o.armazem);
+    if (servidor ? CQZArmazemSQL(o.armazem, QZ_ABRE_EXISTENTE, o.esperaMs).EstaAberto()
+                 : o.armazem != ":memory:" && access(o.armazem.c_str(), F_OK) == 0)
         Erro("o armazém " + o.armazem + " já existe.");
     size_t registros = 0;
     try {
@@ -233,7 +237,8 @@ int Init(const Opcoes& o, Saida& s) {
         if (o.demo) registros = PXImportaJsonLinhas(sessao.Armazem(), PXTextoDemo());
     } catch (...) {
         // Nothing half-made is left behind: the file did not exist.
-        for (const char* sufixo : {"", "-wal", "-shm"}) std::remove((o.armazem + sufixo).c_str());
+        if (!servidor)
+            for (const char* sufixo : {"", "-wal", "-shm"}) std::remove((o.armazem + sufixo).c_str());
         throw;
     }
     s.Objeto()["store"] = o.armazem;

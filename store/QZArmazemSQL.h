@@ -38,7 +38,7 @@
 #include "platform/QZBaseParaRotinas.h"
 #include "platform/QZCodigosResultado.h"
 #include "platform/QZRelogio.h"
-#include "store/QZSQLite.h"
+#include "store/QZBanco.h"
 
 class CQZConexaoInfoExtrasSQL;
 class IQZTransporteEmail;

@@ -1,5 +1,7 @@
 #include "store/QZConexaoInfoExtrasSQL.h"
 
+#include "store/QZSQLite.h"
+
 #include <algorithm>
 #include <new>
 #include <set>
@@ -26,9 +28,7 @@ const char* const kEsquema[] = {
 CQZConexaoInfoExtrasSQL::CQZConexaoInfoExtrasSQL(const std::string& caminho)
     : m_proprio(std::make_unique<qzsql::CQZBanco>(caminho)), m_pBanco(m_proprio.get()) {
     try {
-        m_pBanco->Abre(caminho, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_URI,
-                       CQZArmazemSQL::kEsperaPadraoMs);
-        m_pBanco->Executa("PRAGMA foreign_keys = ON");
+        m_pBanco->Abre(qzsql::AbreSQLite(caminho, caminho, true), CQZArmazemSQL::kEsperaPadraoMs);
         m_pBanco->Executa("PRAGMA journal_mode = WAL");
         CriaEsquema();
     } catch (const qzsql::Falha& f) {
@@ -49,12 +49,17 @@ CQZConexaoInfoExtrasSQL::CQZConexaoInfoExtrasSQL(qzsql::CQZBanco& banco) : m_pBa
 CQZConexaoInfoExtrasSQL::~CQZConexaoInfoExtrasSQL() = default;
 
 void CQZConexaoInfoExtrasSQL::CriaEsquema() {
-    {
-        qzsql::CQZComando c(*m_pBanco, "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = 'IE_Valor'");
-        if (c.Passo() && c.Inteiro(0) > 0) return;
-    }
+    qzsql::IQZMotor& motor = m_pBanco->Motor();
+    if (motor.ExisteTabela("IE_Valor")) return;
     EmTransacao([&] {
-        for (const char* sql : kEsquema) m_pBanco->Executa(sql);
+        for (std::string sql : kEsquema) {
+            // The engine's types: 64-bit integers, text compared byte by byte.
+            for (size_t p = 0; (p = sql.find("INTEGER", p)) != std::string::npos; p += motor.TipoInteiro().size())
+                sql.replace(p, 7, motor.TipoInteiro());
+            for (size_t p = 0; (p = sql.find("TEXT", p)) != std::string::npos; p += motor.TipoTexto().size())
+                sql.replace(p, 4, motor.TipoTexto());
+            m_pBanco->Executa(sql.c_str());
+        }
     });
 }
 
@@ -169,6 +174,7 @@ long CQZConexaoInfoExtrasSQL::GravaIEHeader(CIEHeader& header, CQZDadosGT_Erro& 
         uint32_t posicao = header.GetPosicao();
         EmTransacao([&] {
             if (posicao == 0) {
+                m_pBanco->Motor().ReservaChaves("IE_Header");
                 qzsql::CQZComando c(*m_pBanco, "SELECT COALESCE(MAX(posicao), 0) + 1 FROM IE_Header");
                 const int64_t proxima = c.Passo() ? c.Inteiro(0) : 1;
                 if (proxima > static_cast<int64_t>(UINT32_MAX)) Invalido("Não há mais posições de cabeçalho livres.");
