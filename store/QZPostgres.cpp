@@ -2,6 +2,7 @@
 
 #include <libpq-fe.h>
 
+#include <cctype>
 #include <charconv>
 #include <cstring>
 #include <map>
@@ -200,7 +201,10 @@ public:
 
     bool ExisteTabela(const std::string& nome) override {
         LeCatalogo();
-        return m_colunas.count(NomeObjeto(nome)) > 0;
+        // A name written without quotes in DDL is kept in lower case.
+        std::string minusculo = NomeObjeto(nome);
+        for (char& c : minusculo) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        return m_colunas.count(NomeObjeto(nome)) > 0 || m_colunas.count(minusculo) > 0;
     }
     bool ExisteTabelaComPrefixo(const std::string& prefixo) override {
         LeCatalogo();

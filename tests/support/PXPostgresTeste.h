@@ -57,8 +57,9 @@ public:
     // Empty when the tests run without a server.
     const std::string& Url() const { return m_url; }
     const std::string& Esquema() const { return m_esquema; }
-    // Runs a statement on the server outside the store (the tests' own checks).
-    void Executa(const std::string& sql) { m_admin->Executa(sql.c_str()); }
+    // Runs statements on the test's schema outside the store (the tests' own
+    // loads and checks). Throws qzsql::Falha.
+    void Executa(const std::string& sql) { m_admin->Executa(("SET search_path TO " + m_esquema + "; " + sql).c_str()); }
 
 private:
     std::string m_esquema;
