@@ -3,6 +3,7 @@
 #include "store/QZSQLite.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <new>
 #include <set>
 
@@ -142,13 +143,16 @@ long CQZConexaoInfoExtrasSQL::BuscaPtrsIEHeader(const IE_HEADER_FILTRO_PS& filtr
         if (filtro.ulTipoFiltro == IE_FILTRO_HEADER_PROCESSO)
             sql = "SELECT posicao FROM IE_Header WHERE processo = ?1 AND posicao > ?2 ORDER BY posicao LIMIT ?3";
         else if (filtro.ulTipoFiltro == IE_FILTRO_HEADER_TODOS)
-            sql = "SELECT posicao FROM IE_Header WHERE posicao > ?2 ORDER BY posicao LIMIT ?3";
+            sql = "SELECT posicao FROM IE_Header WHERE posicao > ?1 ORDER BY posicao LIMIT ?2";
         else
             Invalido("Tipo de filtro de cabeçalho desconhecido: " + std::to_string(filtro.ulTipoFiltro) + ".");
         qzsql::CQZComando c(*m_pBanco, sql);
-        if (filtro.ulTipoFiltro == IE_FILTRO_HEADER_PROCESSO) c.Liga(1, filtro.ulProcesso);
-        c.Liga(2, filtro.ulPosicaoApos);
-        c.Liga(3, filtro.ulQuantidadeMaxima == 0 ? -1 : static_cast<int64_t>(filtro.ulQuantidadeMaxima));
+        // Every placeholder is used (a server types each by its use).
+        int i = 1;
+        if (filtro.ulTipoFiltro == IE_FILTRO_HEADER_PROCESSO) c.Liga(i++, filtro.ulProcesso);
+        c.Liga(i++, filtro.ulPosicaoApos);
+        // No maximum: the highest limit (a negative one means none only to SQLite).
+        c.Liga(i, filtro.ulQuantidadeMaxima == 0 ? INT64_MAX : static_cast<int64_t>(filtro.ulQuantidadeMaxima));
         CIEArrayPonteiros achados;
         while (c.Passo()) achados.pPtrs.push_back(static_cast<uint32_t>(c.Inteiro(0)));
         aPtrs = std::move(achados);
