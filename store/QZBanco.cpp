@@ -76,12 +76,17 @@ void CQZBanco::EncerraTransacao() {
 }
 
 void CQZBanco::Inicia(EModoTransacao modo) {
-    m_motor->Inicia(modo);
+    static const uint32_t kLeitura = NovoSlot(), kEscrita = NovoSlot();
+    {
+        CQZComando c(*this, modo == EModoTransacao::ESCRITA ? kEscrita : kLeitura, m_motor->SqlInicio(modo));
+        c.Passo();
+    }
     m_nivel = 1;
     m_linhasAntes = m_motor->TotalAlteradas();
     // A deferred transaction takes its snapshot at its first read: the
     // owner reads at once what it checks the transaction by.
     try {
+        m_motor->AposInicio(modo);
         if (m_pObservador) m_pObservador->AoIniciar();
     } catch (...) {
         Desfaz();
@@ -90,8 +95,11 @@ void CQZBanco::Inicia(EModoTransacao modo) {
 }
 
 void CQZBanco::Confirma() {
+    static const CQZComandoFixo kConfirma{"COMMIT"};
     try {
-        m_motor->Confirma();
+        m_motor->AntesDeConfirmar();
+        CQZComando c(*this, kConfirma);
+        c.Passo();
     } catch (...) {
         // A commit that fails (a full disk) leaves the transaction open.
         Desfaz();

@@ -106,10 +106,13 @@ public:
     // How long a statement waits for another connection's lock.
     virtual void DefineEspera(int ms) = 0;
 
-    // Transactions: begun (throws), committed (throws), rolled back (never
-    // throws: a lost connection has rolled back already).
-    virtual void Inicia(EModoTransacao modo) = 0;
-    virtual void Confirma() = 0;
+    // Transactions: the statements that begin and commit one (run as any
+    // other, so observers see them), what completes a begin and what checks
+    // before a commit (both throw), and the rollback (never throws: a lost
+    // connection has rolled back already).
+    virtual const char* SqlInicio(EModoTransacao modo) const = 0;
+    virtual void AposInicio(EModoTransacao) {}
+    virtual void AntesDeConfirmar() {}
     virtual void Desfaz() noexcept = 0;
     // Rows changed through this connection since it opened.
     virtual int64_t TotalAlteradas() const = 0;
@@ -220,6 +223,11 @@ public:
     CQZComando(CQZBanco& banco, std::string_view sql) : m_banco(banco), m_st(banco.Prepara(sql)) { Vigia(); }
     CQZComando(CQZBanco& banco, const CQZComandoFixo& fixo)
         : m_banco(banco), m_st(banco.Prepara(fixo.slot, fixo.sql)) {
+        Vigia();
+    }
+    // A statement kept in `slot` whose text is the connection's own.
+    CQZComando(CQZBanco& banco, uint32_t slot, std::string_view sql)
+        : m_banco(banco), m_st(banco.Prepara(slot, sql)) {
         Vigia();
     }
     ~CQZComando() {

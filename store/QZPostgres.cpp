@@ -116,32 +116,23 @@ public:
         m_catalogoLido = false;
         Roda(sql);
     }
-    void DefineEspera(int ms) override {
-        m_esperaMs = ms;
-        m_esperaAplicada = false;
-    }
+    void DefineEspera(int ms) override { m_esperaMs = ms; }
 
-    void Inicia(EModoTransacao modo) override {
-        std::string sql;
-        // The wait for a lock, set where a failure can be reported.
-        if (!m_esperaAplicada) sql = "SET lock_timeout = " + std::to_string(m_esperaMs) + "; ";
-        if (modo == EModoTransacao::ESCRITA)
-            sql += "BEGIN ISOLATION LEVEL READ COMMITTED; SELECT pg_advisory_xact_lock(hashtext(current_schema()))";
-        else
-            sql += "BEGIN ISOLATION LEVEL REPEATABLE READ";
-        try {
-            Roda(sql.c_str());
-        } catch (...) {
-            Desfaz();
-            throw;
-        }
-        m_esperaAplicada = true;
+    const char* SqlInicio(EModoTransacao modo) const override {
+        return modo == EModoTransacao::ESCRITA ? "BEGIN ISOLATION LEVEL READ COMMITTED"
+                                               : "BEGIN ISOLATION LEVEL REPEATABLE READ";
     }
-    void Confirma() override {
-        Resultado r(PQexec(m_conn, "COMMIT"));
-        if (!Ok(r.r)) Falha(r.r);
-        // A transaction that failed earlier ends in a rollback, not an error.
-        if (std::strcmp(PQcmdStatus(r.r), "ROLLBACK") == 0)
+    void AposInicio(EModoTransacao modo) override {
+        if (modo != EModoTransacao::ESCRITA) return;
+        // The store's write lock, waited for as long as the store waits.
+        Roda(("SET LOCAL lock_timeout = " + std::to_string(m_esperaMs) +
+              "; SELECT pg_advisory_xact_lock(hashtext(current_schema()))")
+                 .c_str());
+    }
+    void AntesDeConfirmar() override {
+        // A transaction a failed statement aborted would end in a rollback
+        // reported as a commit.
+        if (PQtransactionStatus(m_conn) == PQTRANS_INERROR)
             throw qzsql::Falha{QZ_E_BANCO, 1, "A transação no armazém " + m_nome + " foi desfeita pelo servidor."};
     }
     void Desfaz() noexcept override {
@@ -165,7 +156,6 @@ public:
             throw qzsql::Falha{QZ_E_BANCO, 1,
                                "Não foi possível reconectar ao armazém " + m_nome + ": " +
                                    SemQuebraFinal(PQerrorMessage(m_conn)) + "."};
-        m_esperaAplicada = false;
         m_catalogoLido = false;
         Configura();
     }
@@ -273,7 +263,6 @@ private:
     std::string m_nome;
     PGconn* m_conn;
     int m_esperaMs = 0;
-    bool m_esperaAplicada = false;
     uint64_t m_comandos = 0;
     int64_t m_alteradas = 0;
     bool m_catalogoLido = false;

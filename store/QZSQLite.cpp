@@ -41,9 +41,7 @@ class CQZMotorSQLite final : public IQZMotor {
 public:
     CQZMotorSQLite(std::string nome, sqlite3* db) : m_nome(std::move(nome)), m_db(db) {}
     ~CQZMotorSQLite() override {
-        m_inicioLeitura.reset();
-        m_inicioEscrita.reset();
-        m_confirma.reset();
+        m_versaoDados.reset();
         sqlite3_close(m_db);
     }
 
@@ -65,16 +63,10 @@ public:
         sqlite3_busy_timeout(m_db, ms);
     }
 
-    void Inicia(EModoTransacao modo) override {
-        // BEGIN IMMEDIATE takes the write lock at once; BEGIN defers it and
-        // takes its snapshot at the first read.
-        auto& st = modo == EModoTransacao::ESCRITA ? m_inicioEscrita : m_inicioLeitura;
-        if (!st) st = Prepara(modo == EModoTransacao::ESCRITA ? "BEGIN IMMEDIATE" : "BEGIN");
-        Roda(*st);
-    }
-    void Confirma() override {
-        if (!m_confirma) m_confirma = Prepara("COMMIT");
-        Roda(*m_confirma);
+    // BEGIN IMMEDIATE takes the write lock at once; BEGIN defers it and
+    // takes its snapshot at the first read.
+    const char* SqlInicio(EModoTransacao modo) const override {
+        return modo == EModoTransacao::ESCRITA ? "BEGIN IMMEDIATE" : "BEGIN";
     }
     void Desfaz() noexcept override {
         if (!sqlite3_get_autocommit(m_db)) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
@@ -130,13 +122,6 @@ public:
     [[noreturn]] void Falha() const;
 
 private:
-    static void Roda(IQZComandoMotor& st) {
-        struct Reinicia {
-            IQZComandoMotor& st;
-            ~Reinicia() { st.Reinicia(); }
-        } r{st};
-        st.Passo();
-    }
     std::set<std::string> Nomes(const char* sql, const std::string& tabela) {
         auto st = Prepara(sql);
         st->LigaTexto(1, tabela, true);
@@ -148,7 +133,7 @@ private:
     std::string m_nome;
     sqlite3* m_db;
     int m_esperaMs = 0;
-    std::unique_ptr<IQZComandoMotor> m_inicioLeitura, m_inicioEscrita, m_confirma, m_versaoDados;
+    std::unique_ptr<IQZComandoMotor> m_versaoDados;
 };
 
 void CQZMotorSQLite::Falha() const {
