@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "store/QZFabricaArmazemSQL.h"
+#include "store/QZPostgres.h"
 
 namespace pxbench {
 
@@ -33,10 +34,13 @@ class Planta {
 public:
     using Carga = std::function<long(CQZArmazemSQL& armazem, int64_t n)>;
 
-    Planta(bool arquivo, int64_t n, const Carga& carga, const IQZRelogio* relogio = nullptr)
+    // `armazem`: 0 in memory, 1 a file, 2 the PostgreSQL server of
+    // PXLREG_BENCH_PG (its database emptied first).
+    Planta(int64_t armazem, int64_t n, const Carga& carga, const IQZRelogio* relogio = nullptr)
         : m_empresa("BENCH" + std::to_string(s_proxima++)) {
-        m_caminho = arquivo ? "/tmp/pxlreg_bench_" + std::to_string(getpid()) + "_" + m_empresa.str() + ".db"
-                            : ":memory:";
+        m_caminho = armazem == 1 ? "/tmp/pxlreg_bench_" + std::to_string(getpid()) + "_" + m_empresa.str() + ".db"
+                    : armazem == 2 ? EsquemaPostgres(m_empresa.str())
+                                   : ":memory:";
         Remove();
         m_fabrica = std::make_shared<CQZFabricaArmazemSQL>(m_caminho, QZ_ABRE_OU_CRIA);
         CQZDadosGT_Erro erro;
@@ -56,6 +60,8 @@ public:
         Remove();
     }
     CQZArmazemSQL& Armazem() { return *m_armazem; }
+    // What the factory's connections open.
+    const std::string& Caminho() const { return m_fabrica->CaminhoConexoes(); }
     // What a plain SQLite connection opens to reach the same database.
     const std::string& CaminhoSQLite() const { return m_fabrica->CaminhoConexoes(); }
     template <class H>
@@ -64,9 +70,9 @@ public:
     }
 
     // The plant of a kind (a name), store and size, loaded on first use.
-    static Planta& De(const std::string& tipo, bool arquivo, int64_t n, const Carga& carga,
+    static Planta& De(const std::string& tipo, int64_t arquivo, int64_t n, const Carga& carga,
                       const IQZRelogio* relogio = nullptr) {
-        using Plantas = std::map<std::tuple<std::string, bool, int64_t>, std::unique_ptr<Planta>>;
+        using Plantas = std::map<std::tuple<std::string, int64_t, int64_t>, std::unique_ptr<Planta>>;
         static Plantas* plantas = new Plantas;
         auto& p = (*plantas)[{tipo, arquivo, n}];
         if (!p) {
@@ -77,9 +83,21 @@ public:
         return *p;
     }
 
+    // A schema of its own on the benchmark server, created empty; its URL.
+    static std::string EsquemaPostgres(const std::string& nome) {
+        const char* url = std::getenv("PXLREG_BENCH_PG");
+        if (!url) throw std::runtime_error("PXLREG_BENCH_PG names no server");
+        const std::string esquema = "bench_" + std::to_string(getpid()) + "_" + nome;
+        qzsql::CQZBanco admin("bench");
+        admin.Abre(qzsql::AbrePostgres("bench", url), 5000);
+        admin.Executa(("DROP SCHEMA IF EXISTS " + esquema + " CASCADE; CREATE SCHEMA " + esquema).c_str());
+        return std::string(url) + (std::string(url).find('?') == std::string::npos ? "?" : "&") +
+               "options=-csearch_path%3D" + esquema;
+    }
+
 private:
     void Remove() {
-        if (m_caminho == ":memory:") return;
+        if (m_caminho == ":memory:" || qzsql::EhUrlPostgres(m_caminho)) return;
         for (const char* sufixo : {"", "-wal", "-shm"}) std::remove((m_caminho + sufixo).c_str());
     }
     static inline int s_proxima = 0;
@@ -216,9 +234,14 @@ namespace pxbench {
 // "<nome>/leituras/arquivo:A/n:N".
 using Carga = void (*)(benchmark::State&, bool soLeituras);
 inline bool Registra(const char* nome, Carga fn, std::vector<int64_t> tamanhos) {
-    for (int64_t arquivo : {0, 1})
+    // The server's plants when PXLREG_BENCH_PG names one (arquivo:2), its
+    // validations only: the replay is SQLite's.
+    std::vector<int64_t> armazens{0, 1};
+    if (std::getenv("PXLREG_BENCH_PG")) armazens.push_back(2);
+    for (int64_t arquivo : armazens)
         for (int64_t n : tamanhos)
             for (bool leituras : {false, true}) {
+                if (arquivo == 2 && leituras) continue;
                 const std::string completo = std::string(nome) + (leituras ? "/leituras" : "/valida");
                 benchmark::RegisterBenchmark(completo.c_str(), [fn, leituras](benchmark::State& st) { fn(st, leituras); })
                     ->ArgNames({"arquivo", "n"})

@@ -101,7 +101,7 @@ const CQZRelogioFixo kRelogio{REG_QZDMAHMSUTC(10, 3, 2026, 9, 30, 0)};
 
 // A finished order saved again unchanged: allowed.
 void OrdemGravada(benchmark::State& state, bool leituras) {
-    pxbench::Planta& planta = pxbench::Planta::De("ordens", state.range(0) != 0, state.range(1), CargaOrdens, &kRelogio);
+    pxbench::Planta& planta = pxbench::Planta::De("ordens", state.range(0), state.range(1), CargaOrdens, &kRelogio);
     CQZDadosPX_Manutencao ordem;
     const auto chave = static_cast<int64_t>(REG_QZDMC(REG_QZMA(3, 2026), static_cast<uint32_t>(state.range(1) / 2)).GetValor());
     if (planta.Armazem().LeRegistro(chave, ordem) != 0) {

@@ -66,9 +66,9 @@ long CargaPlanos(CQZArmazemSQL& a, int64_t n) {
     return 0;
 }
 
-Planta& Prioridades(benchmark::State& s) { return Planta::De("prioridades", s.range(0) != 0, s.range(1), CargaPrioridades); }
-Planta& Tecnicos(benchmark::State& s) { return Planta::De("tecnicos", s.range(0) != 0, s.range(1), CargaTecnicos); }
-Planta& Planos(benchmark::State& s) { return Planta::De("planos", s.range(0) != 0, s.range(1), CargaPlanos); }
+Planta& Prioridades(benchmark::State& s) { return Planta::De("prioridades", s.range(0), s.range(1), CargaPrioridades); }
+Planta& Tecnicos(benchmark::State& s) { return Planta::De("tecnicos", s.range(0), s.range(1), CargaTecnicos); }
+Planta& Planos(benchmark::State& s) { return Planta::De("planos", s.range(0), s.range(1), CargaPlanos); }
 
 template <class R>
 R Gravado(Planta& planta, int64_t chave, benchmark::State& state) {

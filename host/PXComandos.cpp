@@ -32,6 +32,7 @@
 #include "servico/PXServicoRegistros.h"
 #include "servico/PXSugestoesManutencao.h"
 #include "store/QZFabricaArmazemSQL.h"
+#include "store/QZPostgres.h"
 
 namespace {
 
@@ -342,45 +343,55 @@ bool MesmoArquivo(const std::string& caminho, const struct stat& criado) {
 }
 
 int Init(const Opcoes& o, Saida& s) {
+    // On a server the store is the database (or schema) the URL names.
+    const bool servidor = qzsql::EhUrlPostgres(o.armazem);
     const std::string& caminho = CaminhoArmazem(o.armazem);
-    struct stat st {};
-    if (::lstat(caminho.c_str(), &st) == 0) {
-        if (S_ISLNK(st.st_mode) && ::stat(caminho.c_str(), &st) != 0)
-            Erro(caminho + " é um link simbólico para um arquivo que não existe: o armazém não foi criado.");
-        Erro("o armazém " + caminho + " já existe.");
-    }
-    // Created exclusively: of two inits of one path one wins, and the other
-    // never touches the winner's file. A link is never followed.
-    const int fd = ::open(caminho.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
-    if (fd < 0) {
-        if (errno == EEXIST) Erro("o armazém " + caminho + " já existe.");
-        Erro("não foi possível criar o armazém " + caminho + ": " + std::strerror(errno) + ".");
-    }
+    // Named without its password, when it is a URL.
+    const std::string nome = servidor ? qzsql::NomeUrlPostgres(o.armazem) : caminho;
     struct stat criado {};
-    const bool identificado = ::fstat(fd, &criado) == 0;
-    const int erroFstat = errno;
-    if (::close(fd) != 0 || !identificado) {
-        const int e = identificado ? errno : erroFstat;
-        if (identificado) ::unlink(caminho.c_str());
-        Erro("não foi possível criar o armazém " + caminho + ": " + std::strerror(e) + ".");
+    if (servidor) {
+        if (CQZArmazemSQL(o.armazem, QZ_ABRE_EXISTENTE, o.esperaMs).EstaAberto())
+            Erro("o armazém " + qzsql::NomeUrlPostgres(o.armazem) + " já existe.");
+    } else {
+        struct stat st {};
+        if (::lstat(caminho.c_str(), &st) == 0) {
+            if (S_ISLNK(st.st_mode) && ::stat(caminho.c_str(), &st) != 0)
+                Erro(caminho + " é um link simbólico para um arquivo que não existe: o armazém não foi criado.");
+            Erro("o armazém " + caminho + " já existe.");
+        }
+        // Created exclusively: of two inits of one path one wins, and the other
+        // never touches the winner's file. A link is never followed.
+        const int fd = ::open(caminho.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+        if (fd < 0) {
+            if (errno == EEXIST) Erro("o armazém " + caminho + " já existe.");
+            Erro("não foi possível criar o armazém " + caminho + ": " + std::strerror(errno) + ".");
+        }
+        const bool identificado = ::fstat(fd, &criado) == 0;
+        const int erroFstat = errno;
+        if (::close(fd) != 0 || !identificado) {
+            const int e = identificado ? errno : erroFstat;
+            if (identificado) ::unlink(caminho.c_str());
+            Erro("não foi possível criar o armazém " + caminho + ": " + std::strerror(e) + ".");
+        }
     }
     size_t registros = 0;
     try {
         Sessao sessao(o, QZ_ABRE_OU_CRIA);
         if (o.demo) registros = PXImportaJsonLinhas(sessao.Armazem(), PXTextoDemo());
-        if (o.demo) PXPreparaDemoAlertas(sessao.Armazem(), caminho);
+        // The demo's template and outbox are folders beside a store file.
+        if (o.demo && !servidor) PXPreparaDemoAlertas(sessao.Armazem(), caminho);
     } catch (...) {
         // Nothing half-made is left behind; only this process's own file is
         // removed (SQLite removes its journal files when the store closes).
-        if (MesmoArquivo(caminho, criado)) ::unlink(caminho.c_str());
+        if (!servidor && MesmoArquivo(caminho, criado)) ::unlink(caminho.c_str());
         throw;
     }
-    if (!MesmoArquivo(caminho, criado))
+    if (!servidor && !MesmoArquivo(caminho, criado))
         Erro("o armazém " + caminho + " foi removido ou trocado por outro processo enquanto era criado.");
-    s.Objeto()["store"] = caminho;
+    s.Objeto()["store"] = nome;
     s.Objeto()["schema"] = CQZArmazemSQL::kVersaoEsquema;
     s.Objeto()["records"] = registros;
-    s.Linha("armazém criado: " + caminho + " (esquema " + std::to_string(CQZArmazemSQL::kVersaoEsquema) + ")");
+    s.Linha("armazém criado: " + nome + " (esquema " + std::to_string(CQZArmazemSQL::kVersaoEsquema) + ")");
     if (o.demo) s.Linha("planta de demonstração: " + std::to_string(registros) + " registros");
     return kSaidaOk;
 }

@@ -70,4 +70,21 @@ for n in [int(x) for x in sys.argv[3].split()]:
         segundos, pico_kib = float(saida[0]), int(saida[1])
         print(f"pxlreg import of {n:,} records: {n / segundos:,.0f} records/s, peak memory {pico_kib / 1024:.1f} MiB "
               f"(goal: under 64 MiB)")
+# The PostgreSQL server's validations (PXLREG_BENCH_PG set) beside the file's,
+# and the saves per second of 8 concurrent clients.
+servidor = {}
+for r in runs:
+    m = re.match(r"(\w+)/valida/arquivo:(\d)/n:(\d+)", r["name"])
+    if m and m[2] in "12" and "items_per_second" in r:
+        servidor.setdefault((m[1], int(m[3])), {})[m[2]] = r["items_per_second"]
+if any("2" in v for v in servidor.values()):
+    print()
+    print(f"{'validation':24} {'records':>8} {'file/s':>12} {'server/s':>12}")
+    for (nome, n), v in sorted(servidor.items()):
+        if "2" in v:
+            print(f"{nome:24} {n:>8} {v.get('1', 0):>12,.0f} {v['2']:>12,.0f}")
+for r in runs:
+    m = re.match(r"GravacaoConcorrente/armazem:(\d)", r["name"])
+    if m and "items_per_second" in r:
+        print(f"8 clients saving, {'server' if m[1] == '2' else 'file'}: {r['items_per_second']:,.0f} saves/s")
 PY

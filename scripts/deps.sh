@@ -3,7 +3,7 @@
 set -euo pipefail
 PACKAGES=(g++ cmake make pkg-config libsqlite3-dev sqlite3 nlohmann-json3-dev libcli11-dev
           libgtest-dev libgmock-dev libbenchmark-dev libcurl4-openssl-dev python3
-          libre2-dev python3-aiosmtpd clang libclang-rt-14-dev)
+          libre2-dev python3-aiosmtpd clang libclang-rt-14-dev libpq-dev postgresql-15)
 missing=()
 for p in "${PACKAGES[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -4,9 +4,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <ctime>
 #include <mutex>
 
 #include "store/QZConexaoInfoExtrasSQL.h"
+#include "store/QZPostgres.h"
+#include "store/QZSQLite.h"
 
 namespace qzsql {
 
@@ -37,7 +40,8 @@ void CompletaSql(Tabela& t) {
         "SELECT " + (t.carimbo >= 0 ? "\"" + t.colunas[static_cast<size_t>(t.carimbo)].nome + "\"" : std::string("0")) +
         " FROM " + tab + " WHERE chave = ?";
     t.filhasDe.sql = "SELECT chave" + (cols.empty() ? "" : ", " + cols) + " FROM " + tab + " WHERE pai = ? ORDER BY ordem";
-    t.insereFilha.sql = "INSERT INTO " + tab + " (pai, ordem" + (cols.empty() ? "" : ", " + cols) + ") VALUES (?, ?" + marcas + ")";
+    t.insereFilha.sql = "INSERT INTO " + tab + " (pai, ordem" + (cols.empty() ? "" : ", " + cols) + ") VALUES (?, ?" +
+                        marcas + ") RETURNING chave";
     t.apagaFilhas.sql = "DELETE FROM " + tab + " WHERE pai = ?";
     t.chaves.sql = "SELECT chave FROM " + tab + " ORDER BY chave";
 }
@@ -46,16 +50,41 @@ void CompletaSql(Tabela& t) {
 
 namespace {
 
-// Smallest text greater than every text that starts with `prefixo`, or empty
-// when there is none (a prefix of 0xFF bytes only).
+// Smallest text greater than every text that starts with `prefixo` (UTF-8),
+// or empty when there is none: its last character is the next code point,
+// so the bound is valid UTF-8 (a server refuses anything else) and, UTF-8
+// sorting as its code points do, nothing between the prefix and the bound
+// lacks the prefix.
 std::string LimiteSuperiorPrefixo(std::string prefixo) {
     while (!prefixo.empty()) {
-        auto& ultimo = reinterpret_cast<unsigned char&>(prefixo.back());
-        if (ultimo < 0xFF) {
-            ++ultimo;
-            return prefixo;
+        size_t inicio = prefixo.size() - 1;
+        while (inicio > 0 && (static_cast<unsigned char>(prefixo[inicio]) & 0xC0) == 0x80) --inicio;
+        const auto* p = reinterpret_cast<const unsigned char*>(prefixo.data() + inicio);
+        const size_t n = prefixo.size() - inicio;
+        uint32_t cp = n == 1 ? p[0]
+                    : n == 2 ? ((p[0] & 0x1Fu) << 6) | (p[1] & 0x3Fu)
+                    : n == 3 ? ((p[0] & 0x0Fu) << 12) | ((p[1] & 0x3Fu) << 6) | (p[2] & 0x3Fu)
+                             : ((p[0] & 0x07u) << 18) | ((p[1] & 0x3Fu) << 12) | ((p[2] & 0x3Fu) << 6) | (p[3] & 0x3Fu);
+        prefixo.resize(inicio);
+        if (cp >= 0x10FFFF) continue;  // the last code point: carry to the one before
+        ++cp;
+        if (cp >= 0xD800 && cp <= 0xDFFF) cp = 0xE000;  // no surrogates in UTF-8
+        if (cp < 0x80) {
+            prefixo += static_cast<char>(cp);
+        } else if (cp < 0x800) {
+            prefixo += static_cast<char>(0xC0 | (cp >> 6));
+            prefixo += static_cast<char>(0x80 | (cp & 0x3F));
+        } else if (cp < 0x10000) {
+            prefixo += static_cast<char>(0xE0 | (cp >> 12));
+            prefixo += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+            prefixo += static_cast<char>(0x80 | (cp & 0x3F));
+        } else {
+            prefixo += static_cast<char>(0xF0 | (cp >> 18));
+            prefixo += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+            prefixo += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+            prefixo += static_cast<char>(0x80 | (cp & 0x3F));
         }
-        prefixo.pop_back();
+        return prefixo;
     }
     return prefixo;
 }
@@ -80,8 +109,19 @@ constexpr Migracao kMigracoes[] = {
 };
 static_assert(kMigracoes[std::size(kMigracoes) - 1].versao == CQZArmazemSQL::kVersaoEsquema);
 
-std::string DefinicaoColuna(const qzsql::Coluna& c) {
-    return "\"" + c.nome + "\" " + (c.texto ? "TEXT NOT NULL DEFAULT ''" : "INTEGER NOT NULL DEFAULT 0");
+std::string DefinicaoColuna(const qzsql::IQZMotor& motor, const qzsql::Coluna& c) {
+    return "\"" + c.nome + "\" " +
+           (c.texto ? motor.TipoTexto() + " NOT NULL DEFAULT ''" : motor.TipoInteiro() + " NOT NULL DEFAULT 0");
+}
+
+// Now in UTC, as the version table records when a migration ran.
+std::string AgoraUtc() {
+    const std::time_t agora = std::time(nullptr);
+    std::tm tm{};
+    gmtime_r(&agora, &tm);
+    char texto[32];
+    std::strftime(texto, sizeof texto, "%Y-%m-%d %H:%M:%S", &tm);
+    return texto;
 }
 
 bool ArquivoExiste(const std::string& caminho) {
@@ -117,15 +157,17 @@ std::vector<const qzsql::Tabela*> TabelasDeclaradas() {
 CQZArmazemSQL::CQZArmazemSQL(const std::string& caminho, QZModoAbertura modo, int esperaMs)
     : m_sCaminho(caminho), m_banco(caminho) {
     m_banco.DefineObservador(this);
+    const bool servidor = qzsql::EhUrlPostgres(caminho);
     const bool memoria = caminho == ":memory:" || caminho.rfind("file:", 0) == 0;
-    if (modo == QZ_ABRE_EXISTENTE && !memoria && !ArquivoExiste(caminho)) {
+    if (modo == QZ_ABRE_EXISTENTE && !memoria && !servidor && !ArquivoExiste(caminho)) {
         m_erro.SetErro(QZ_E_BANCO, QZ_MODULO_CONEXAO, 1, "O armazém %s não existe.", caminho.c_str());
         return;
     }
-    const int flags =
-        SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI | (modo == QZ_ABRE_OU_CRIA ? SQLITE_OPEN_CREATE : 0);
     try {
-        m_banco.Abre(caminho, flags, esperaMs);
+        if (servidor)
+            m_banco.Abre(qzsql::AbrePostgres(qzsql::NomeUrlPostgres(caminho), caminho), esperaMs);
+        else
+            m_banco.Abre(qzsql::AbreSQLite(caminho, caminho, modo == QZ_ABRE_OU_CRIA), esperaMs);
         Inicia(modo);
     } catch (const qzsql::Falha& f) {
         // A store that failed to open is closed; its error record says why.
@@ -140,7 +182,7 @@ CQZArmazemSQL::CQZArmazemSQL(const std::string& caminho, QZModoAbertura modo, in
 CQZArmazemSQL::~CQZArmazemSQL() {
     m_infoExtras.reset();
     // What SQLite advises before closing: refresh statistics that drifted.
-    if (m_banco.EstaAberto()) sqlite3_exec(m_banco.Db(), "PRAGMA optimize", nullptr, nullptr, nullptr);
+    if (m_banco.EstaAberto()) m_banco.Motor().AoFechar();
 }
 
 IQZArmazemInfoExtras* CQZArmazemSQL::InfoExtras() {
@@ -169,7 +211,7 @@ void CQZArmazemSQL::AtualizaEstatisticas() {
     // Without statistics the planner takes any index of an equality, and a
     // flag's index (Inativo = 0) reads nearly the whole table where a user's
     // or a code's reads one row. The statements are prepared anew to use them.
-    m_banco.Executa("ANALYZE");
+    m_banco.Motor().AtualizaEstatisticas();
     m_banco.DescartaComandos();
 }
 
@@ -183,10 +225,7 @@ long CQZArmazemSQL::LeVersaoEsquema(int64_t& versao) {
 }
 
 int64_t CQZArmazemSQL::VersaoGravada() {
-    {
-        qzsql::CQZComando c(m_banco, "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = 'QZ_Esquema'");
-        if (!c.Passo() || c.Inteiro(0) == 0) return -1;
-    }
+    if (!m_banco.Motor().ExisteTabela("QZ_Esquema")) return -1;
     qzsql::CQZComando c(m_banco, "SELECT COALESCE(MAX(versao), 0) FROM QZ_Esquema");
     return c.Passo() ? c.Inteiro(0) : 0;
 }
@@ -200,20 +239,13 @@ void CQZArmazemSQL::VerificaVersaoConhecida(int64_t versao) {
 }
 
 void CQZArmazemSQL::Inicia(QZModoAbertura modo) {
-    m_banco.Executa("PRAGMA foreign_keys = ON");
+    qzsql::IQZMotor& motor = m_banco.Motor();
     // The first read of the file: a file that is not a database fails here.
     int64_t versao = VersaoGravada();
-    if (modo == QZ_ABRE_EXISTENTE && versao < 0) {
-        qzsql::CQZComando c(m_banco, "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name LIKE 'CQZ%'");
-        if (!c.Passo() || c.Inteiro(0) == 0)
-            throw qzsql::Falha{QZ_E_BANCO, 1, "O arquivo " + m_sCaminho + " não é um armazém do PXLREG."};
-    }
+    if (modo == QZ_ABRE_EXISTENTE && versao < 0 && !motor.ExisteTabelaComPrefixo("CQZ"))
+        throw qzsql::Falha{QZ_E_BANCO, 1, "O arquivo " + m_sCaminho + " não é um armazém do PXLREG."};
     VerificaVersaoConhecida(versao);
-    m_banco.Executa("PRAGMA journal_mode = WAL");
-    // A committed save survives a power failure too.
-    m_banco.Executa("PRAGMA synchronous = FULL");
-    // Statistics from a sample of each index: cheap on large tables.
-    m_banco.Executa("PRAGMA analysis_limit = 1000");
+    motor.ConfiguraArmazem();
 
     const auto tabelas = TabelasDeclaradas();
     std::vector<std::string> ddl;
@@ -224,14 +256,14 @@ void CQZArmazemSQL::Inicia(QZModoAbertura modo) {
         long hr = m_banco.EmTransacao(qzsql::EModoTransacao::ESCRITA, [&]() -> long {
             versao = VersaoGravada();
             VerificaVersaoConhecida(versao);
-            m_banco.Executa("CREATE TABLE IF NOT EXISTS QZ_Esquema (versao INTEGER PRIMARY KEY, descricao TEXT NOT "
-                            "NULL, aplicada_em TEXT NOT NULL)");
+            const std::string ddlVersoes = "CREATE TABLE IF NOT EXISTS QZ_Esquema (versao " + motor.TipoInteiro() +
+                                           " PRIMARY KEY, descricao TEXT NOT NULL, aplicada_em TEXT NOT NULL)";
+            m_banco.Executa(ddlVersoes.c_str());
             for (const Migracao& m : kMigracoes) {
                 if (m.versao <= versao) continue;
                 if (m.aplica) m.aplica(m_banco);
-                qzsql::CQZComando c(
-                    m_banco, "INSERT INTO QZ_Esquema (versao, descricao, aplicada_em) VALUES (?, ?, datetime('now'))");
-                c.Liga(1, m.versao).LigaTexto(2, m.descricao);
+                qzsql::CQZComando c(m_banco, "INSERT INTO QZ_Esquema (versao, descricao, aplicada_em) VALUES (?, ?, ?)");
+                c.Liga(1, m.versao).LigaTexto(2, m.descricao).LigaTexto(3, AgoraUtc());
                 c.Passo();
             }
             ddl.clear();
@@ -248,31 +280,27 @@ void CQZArmazemSQL::Inicia(QZModoAbertura modo) {
 }
 
 void CQZArmazemSQL::PlanoTabela(const qzsql::Tabela& t, const std::string& tabelaPai, std::vector<std::string>& ddl) {
-    std::set<std::string> colunas, indices;
-    {
-        qzsql::CQZComando c(m_banco, "SELECT name FROM pragma_table_info(?1)");
-        c.LigaTexto(1, t.nome);
-        while (c.Passo()) colunas.emplace(c.Texto(0));
-    }
-    {
-        qzsql::CQZComando c(m_banco, "SELECT name FROM sqlite_master WHERE type = 'index' AND tbl_name = ?1");
-        c.LigaTexto(1, t.nome);
-        while (c.Passo()) indices.emplace(c.Texto(0));
-    }
+    qzsql::IQZMotor& motor = m_banco.Motor();
+    const std::set<std::string> colunas = motor.Colunas(t.nome);
+    const std::set<std::string> indices = motor.Indices(t.nome);
 
     const std::string tab = "\"" + t.nome + "\"";
     if (colunas.empty()) {
-        std::string sql = "CREATE TABLE " + tab + " (chave INTEGER PRIMARY KEY";
+        // A list's rows are numbered by the table; a record's key is given.
+        std::string sql = "CREATE TABLE " + tab + " (" + motor.ColunaChave(!tabelaPai.empty());
         if (!tabelaPai.empty())
-            sql += ", pai INTEGER NOT NULL REFERENCES \"" + tabelaPai + "\"(chave) ON DELETE CASCADE, ordem INTEGER NOT NULL";
-        for (const auto& c : t.colunas) sql += ", " + DefinicaoColuna(c);
+            sql += ", pai " + motor.TipoInteiro() + " NOT NULL REFERENCES \"" + tabelaPai +
+                   "\"(chave) ON DELETE CASCADE, ordem " + motor.TipoInteiro() + " NOT NULL";
+        for (const auto& c : t.colunas) sql += ", " + DefinicaoColuna(motor, c);
         ddl.push_back(sql + ")");
     } else {
         // A field added to the declaration: a column with the field's empty value.
         for (const auto& c : t.colunas)
-            if (!colunas.count(c.nome)) ddl.push_back("ALTER TABLE " + tab + " ADD COLUMN " + DefinicaoColuna(c));
+            if (!colunas.count(c.nome))
+                ddl.push_back("ALTER TABLE " + tab + " ADD COLUMN " + DefinicaoColuna(motor, c));
     }
-    auto indice = [&](const std::string& nome, const std::string& colunasIndice) {
+    auto indice = [&](const std::string& nomeDeclarado, const std::string& colunasIndice) {
+        const std::string nome = motor.NomeObjeto(nomeDeclarado);
         if (!indices.count(nome)) ddl.push_back("CREATE INDEX \"" + nome + "\" ON " + tab + "(" + colunasIndice + ")");
     };
     if (!tabelaPai.empty()) indice("ix_" + t.nome + "__pai", "pai, ordem");
@@ -362,10 +390,11 @@ void CQZArmazemSQL::AoDesfazer() {
 }
 
 void CQZArmazemSQL::VerificaVersaoDados() {
-    static const qzsql::CQZComandoFixo kVersaoDados{"PRAGMA data_version"};
-    qzsql::CQZComando c(m_banco, kVersaoDados);
-    const int64_t versao = c.Passo() ? c.Inteiro(0) : -1;
-    if (versao != m_versaoDados) {
+    // An engine that keeps no such number keeps a cache only inside one
+    // transaction: its snapshot is what the cache holds.
+    const std::optional<int64_t> lida = m_banco.Motor().VersaoDados();
+    const int64_t versao = lida ? *lida : -1;
+    if (!lida || versao != m_versaoDados) {
         m_cache.clear();
         m_versaoDados = versao;
     }
@@ -373,6 +402,7 @@ void CQZArmazemSQL::VerificaVersaoDados() {
 
 int64_t CQZArmazemSQL::ProximaChave(const qzsql::Tabela& t) {
     const std::string tab = "\"" + t.nome + "\"";
+    m_banco.Motor().ReservaChaves(t.nome);
     {
         qzsql::CQZComando c(m_banco, "SELECT COALESCE(MAX(chave), 0) + 1 FROM " + tab);
         const int64_t chave = c.Passo() ? c.Inteiro(0) : 1;
@@ -384,13 +414,14 @@ int64_t CQZArmazemSQL::ProximaChave(const qzsql::Tabela& t) {
                                      " AS a WHERE a.chave < ?1 AND NOT EXISTS (SELECT 1 FROM " + tab +
                                      " AS b WHERE b.chave = a.chave + 1) ORDER BY a.chave LIMIT 1) END");
     c.Liga(1, kPosicaoMaxima);
-    if (c.Passo() && sqlite3_column_type(c.Stmt(), 0) != SQLITE_NULL) return c.Inteiro(0);
+    if (c.Passo() && !c.Nulo(0)) return c.Inteiro(0);
     throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6,
                        "Tabela " + t.nome + " cheia: todas as posições de 1 a 4294967295 estão ocupadas."};
 }
 
 int64_t CQZArmazemSQL::ProximoNumeroMes(const qzsql::Tabela& t, const REG_QZMA& ma) {
     const int64_t base = static_cast<int64_t>(REG_QZDMC(ma, 0).GetValor());
+    m_banco.Motor().ReservaChaves(t.nome);
     qzsql::CQZComando c(m_banco, "SELECT COALESCE(MAX(chave), ?1) + 1 FROM \"" + t.nome +
                                      "\" WHERE chave BETWEEN ?1 AND ?2");
     c.Liga(1, base).Liga(2, base + kPosicaoMaxima);
@@ -586,16 +617,17 @@ const qzsql::BuscaCompilada& CQZArmazemSQL::BuscaPara(const qzsql::Tabela& t, bo
     // The first run of a search on each connection is shown to the auditor.
     if (!auditar) return *b;
     m_buscas.emplace(a, b);
-    if (IQZAuditorPlanos* auditor = g_auditor.load(); auditor && b->temCondicao)
+    // A server's plan follows its tables' statistics: a small table is read
+    // whole because that is cheaper. Its audit runs on realistic sizes
+    // instead (the plan tests), not on every test's handful of rows.
+    if (IQZAuditorPlanos* auditor = g_auditor.load();
+        auditor && b->temCondicao && m_banco.Motor().Tipo() == qzsql::EMotor::SQLITE)
         auditor->Examina(t.nome, b->comando.sql, Explica(b->comando.sql));
     return *b;
 }
 
 std::vector<std::string> CQZArmazemSQL::Explica(const std::string& sql) {
-    qzsql::CQZComando c(m_banco, "EXPLAIN QUERY PLAN " + sql);
-    std::vector<std::string> plano;
-    while (c.Passo()) plano.emplace_back(c.Texto(3));
-    return plano;
+    return m_banco.Motor().Plano(sql);
 }
 
 std::vector<std::string> CQZArmazemSQL::VarredurasCompletas(const std::vector<std::string>& plano) {
@@ -603,6 +635,11 @@ std::vector<std::string> CQZArmazemSQL::VarredurasCompletas(const std::vector<st
     // over the subtree queue (qz_sub) and constant rows do not.
     std::vector<std::string> varreduras;
     for (const auto& linha : plano) {
+        // PostgreSQL's plans: a "Seq Scan on" node reads every row.
+        if (linha.find("Seq Scan on ") != std::string::npos) {
+            varreduras.push_back(linha);
+            continue;
+        }
         if (linha.rfind("SCAN ", 0) != 0) continue;
         if (linha.rfind("SCAN qz_sub", 0) == 0 || linha.rfind("SCAN CONSTANT ROW", 0) == 0) continue;
         varreduras.push_back(linha);

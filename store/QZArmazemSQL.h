@@ -39,7 +39,7 @@
 #include "platform/QZCodigosResultado.h"
 #include "platform/QZPX_Disciplina.h"
 #include "platform/QZRelogio.h"
-#include "store/QZSQLite.h"
+#include "store/QZBanco.h"
 
 class CQZConexaoInfoExtrasSQL;
 class IQZTransporteEmail;

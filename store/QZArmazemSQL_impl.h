@@ -68,8 +68,8 @@ struct CQZArmazemSQL::VisitanteGravaListas {
                 qzsql::CQZComando c(a.m_banco, filha.insereFilha);
                 c.Liga(1, chave).Liga(2, ordem++);
                 for (size_t i = 0; i < valores.size(); ++i) a.Liga(c, static_cast<int>(i) + 3, valores[i]);
-                c.Passo();
-                linha = sqlite3_last_insert_rowid(a.m_banco.Db());
+                // The child's key, numbered by the table (RETURNING).
+                linha = c.Passo() ? c.Inteiro(0) : 0;
             }
             a.GravaFilhas(filha, linha, e);
         }
@@ -88,6 +88,7 @@ long CQZArmazemSQL::Despacha(const char* operacao, F&& fn) {
         return QZ_E_BANCO;
     }
     try {
+        m_banco.Revive();
         return fn();
     } catch (const qzsql::Falha& f) {
         m_erro.SetErro(f.hr, QZ_MODULO_CONEXAO, f.mensagem, "%s", f.texto.c_str());
@@ -295,11 +296,9 @@ long CQZArmazemSQL::InsereLinha(R& reg, bool manterCarimbo) {
         // The key's uniqueness is the table's: no read before the insert.
         try {
             c.Passo();
-        } catch (const qzsql::Falha&) {
-            if (sqlite3_extended_errcode(m_banco.Db()) == SQLITE_CONSTRAINT_PRIMARYKEY)
-                throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6,
-                                   "Já existe um registro " + t.nome + " na chave " + std::to_string(chave) + "."};
-            throw;
+        } catch (const qzsql::FalhaChaveDuplicada&) {
+            throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6,
+                               "Já existe um registro " + t.nome + " na chave " + std::to_string(chave) + "."};
         }
     }
     Alterou(t, chave);
@@ -363,7 +362,7 @@ long CQZArmazemSQL::Atualiza(R& reg) {
             c.Liga(i++, chave);
             if (carimbo) c.Liga(i++, *carimbo);
             c.Passo();
-            if (sqlite3_changes(m_banco.Db()) != 1)
+            if (c.Alteradas() != 1)
                 throw qzsql::Falha{t.carimbo >= 0 ? QZ_E_REGISTRO_ALTERADO : QZ_E_REGISTRO_NAO_ENCONTRADO, 3,
                                    "Registro " + t.nome + " não foi atualizado na chave " + std::to_string(chave) +
                                        "."};
@@ -408,7 +407,7 @@ long CQZArmazemSQL::Remove(const R& reg) {
         c.Liga(1, chave);
         if (carimbo) c.Liga(2, *carimbo);
         c.Passo();
-        if (sqlite3_changes(m_banco.Db()) != 1)
+        if (c.Alteradas() != 1)
             throw qzsql::Falha{QZ_E_REGISTRO_ALTERADO, 3,
                                "Registro " + t.nome + " não foi excluído na chave " + std::to_string(chave) + "."};
         Alterou(t, chave);

@@ -1,6 +1,9 @@
 #include "store/QZConexaoInfoExtrasSQL.h"
 
+#include "store/QZSQLite.h"
+
 #include <algorithm>
+#include <cstdint>
 #include <new>
 #include <set>
 
@@ -26,9 +29,7 @@ const char* const kEsquema[] = {
 CQZConexaoInfoExtrasSQL::CQZConexaoInfoExtrasSQL(const std::string& caminho)
     : m_proprio(std::make_unique<qzsql::CQZBanco>(caminho)), m_pBanco(m_proprio.get()) {
     try {
-        m_pBanco->Abre(caminho, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_URI,
-                       CQZArmazemSQL::kEsperaPadraoMs);
-        m_pBanco->Executa("PRAGMA foreign_keys = ON");
+        m_pBanco->Abre(qzsql::AbreSQLite(caminho, caminho, true), CQZArmazemSQL::kEsperaPadraoMs);
         m_pBanco->Executa("PRAGMA journal_mode = WAL");
         CriaEsquema();
     } catch (const qzsql::Falha& f) {
@@ -49,12 +50,17 @@ CQZConexaoInfoExtrasSQL::CQZConexaoInfoExtrasSQL(qzsql::CQZBanco& banco) : m_pBa
 CQZConexaoInfoExtrasSQL::~CQZConexaoInfoExtrasSQL() = default;
 
 void CQZConexaoInfoExtrasSQL::CriaEsquema() {
-    {
-        qzsql::CQZComando c(*m_pBanco, "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = 'IE_Valor'");
-        if (c.Passo() && c.Inteiro(0) > 0) return;
-    }
+    qzsql::IQZMotor& motor = m_pBanco->Motor();
+    if (motor.ExisteTabela("IE_Valor")) return;
     EmTransacao([&] {
-        for (const char* sql : kEsquema) m_pBanco->Executa(sql);
+        for (std::string sql : kEsquema) {
+            // The engine's types: 64-bit integers, text compared byte by byte.
+            for (size_t p = 0; (p = sql.find("INTEGER", p)) != std::string::npos; p += motor.TipoInteiro().size())
+                sql.replace(p, 7, motor.TipoInteiro());
+            for (size_t p = 0; (p = sql.find("TEXT", p)) != std::string::npos; p += motor.TipoTexto().size())
+                sql.replace(p, 4, motor.TipoTexto());
+            m_pBanco->Executa(sql.c_str());
+        }
     });
 }
 
@@ -137,13 +143,16 @@ long CQZConexaoInfoExtrasSQL::BuscaPtrsIEHeader(const IE_HEADER_FILTRO_PS& filtr
         if (filtro.ulTipoFiltro == IE_FILTRO_HEADER_PROCESSO)
             sql = "SELECT posicao FROM IE_Header WHERE processo = ?1 AND posicao > ?2 ORDER BY posicao LIMIT ?3";
         else if (filtro.ulTipoFiltro == IE_FILTRO_HEADER_TODOS)
-            sql = "SELECT posicao FROM IE_Header WHERE posicao > ?2 ORDER BY posicao LIMIT ?3";
+            sql = "SELECT posicao FROM IE_Header WHERE posicao > ?1 ORDER BY posicao LIMIT ?2";
         else
             Invalido("Tipo de filtro de cabeçalho desconhecido: " + std::to_string(filtro.ulTipoFiltro) + ".");
         qzsql::CQZComando c(*m_pBanco, sql);
-        if (filtro.ulTipoFiltro == IE_FILTRO_HEADER_PROCESSO) c.Liga(1, filtro.ulProcesso);
-        c.Liga(2, filtro.ulPosicaoApos);
-        c.Liga(3, filtro.ulQuantidadeMaxima == 0 ? -1 : static_cast<int64_t>(filtro.ulQuantidadeMaxima));
+        // Every placeholder is used (a server types each by its use).
+        int i = 1;
+        if (filtro.ulTipoFiltro == IE_FILTRO_HEADER_PROCESSO) c.Liga(i++, filtro.ulProcesso);
+        c.Liga(i++, filtro.ulPosicaoApos);
+        // No maximum: the highest limit (a negative one means none only to SQLite).
+        c.Liga(i, filtro.ulQuantidadeMaxima == 0 ? INT64_MAX : static_cast<int64_t>(filtro.ulQuantidadeMaxima));
         CIEArrayPonteiros achados;
         while (c.Passo()) achados.pPtrs.push_back(static_cast<uint32_t>(c.Inteiro(0)));
         aPtrs = std::move(achados);
@@ -169,6 +178,7 @@ long CQZConexaoInfoExtrasSQL::GravaIEHeader(CIEHeader& header, CQZDadosGT_Erro& 
         uint32_t posicao = header.GetPosicao();
         EmTransacao([&] {
             if (posicao == 0) {
+                m_pBanco->Motor().ReservaChaves("IE_Header");
                 qzsql::CQZComando c(*m_pBanco, "SELECT COALESCE(MAX(posicao), 0) + 1 FROM IE_Header");
                 const int64_t proxima = c.Passo() ? c.Inteiro(0) : 1;
                 if (proxima > static_cast<int64_t>(UINT32_MAX)) Invalido("Não há mais posições de cabeçalho livres.");

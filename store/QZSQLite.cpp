@@ -1,75 +1,142 @@
 #include "store/QZSQLite.h"
 
-#include "platform/QZCodigosResultado.h"
+#include <sqlite3.h>
 
-#include <atomic>
+#include "platform/QZCodigosResultado.h"
 
 namespace qzsql {
 
-uint32_t NovoSlot() {
-    static std::atomic<uint32_t> proximo{0};
-    return proximo++;
-}
+namespace {
 
-CQZBanco::~CQZBanco() { Fecha(); }
+class CQZMotorSQLite;
 
-void CQZBanco::Fecha() noexcept {
-    DescartaComandos();
-    if (m_db) sqlite3_close(m_db);
-    m_db = nullptr;
-    m_nivel = 0;
-}
+class CQZComandoSQLite final : public IQZComandoMotor {
+public:
+    CQZComandoSQLite(CQZMotorSQLite& motor, sqlite3_stmt* st) : m_motor(motor), m_st(st) {}
+    ~CQZComandoSQLite() override { sqlite3_finalize(m_st); }
 
-void CQZBanco::Abre(const std::string& caminho, int flags, int esperaMs) {
-    if (sqlite3_open_v2(caminho.c_str(), &m_db, flags | SQLITE_OPEN_NOMUTEX, nullptr) != SQLITE_OK) {
-        std::string motivo = m_db ? sqlite3_errmsg(m_db) : "sem memória";
-        sqlite3_close(m_db);
-        m_db = nullptr;
-        throw qzsql::Falha{QZ_E_BANCO, 1, "Não foi possível abrir o armazém " + m_nome + ": " + motivo + "."};
+    void Liga(int indice, int64_t valor) override;
+    void LigaTexto(int indice, std::string_view utf8, bool fixo) override;
+    bool Passo() override;
+    int64_t Inteiro(int coluna) const override { return sqlite3_column_int64(m_st, coluna); }
+    std::string_view Texto(int coluna) const override {
+        const auto* p = reinterpret_cast<const char*>(sqlite3_column_text(m_st, coluna));
+        return p ? std::string_view(p, static_cast<size_t>(sqlite3_column_bytes(m_st, coluna))) : std::string_view();
     }
-    sqlite3_extended_result_codes(m_db, 1);
-    DefineEspera(esperaMs);
-}
+    bool Nulo(int coluna) const override { return sqlite3_column_type(m_st, coluna) == SQLITE_NULL; }
+    int Colunas() const override { return sqlite3_column_count(m_st); }
+    int64_t Alteradas() const override;
+    void Reinicia() noexcept override {
+        sqlite3_reset(m_st);
+        sqlite3_clear_bindings(m_st);
+    }
+    std::string_view Sql() const override { return sqlite3_sql(m_st); }
 
-void CQZBanco::DefineEspera(int ms) {
-    m_esperaMs = ms;
-    if (m_db) sqlite3_busy_timeout(m_db, ms);
-}
+private:
+    CQZMotorSQLite& m_motor;
+    sqlite3_stmt* m_st;
+};
 
-sqlite3_stmt* CQZBanco::Prepara(std::string_view sql) {
-    std::string chave(sql);
-    if (auto it = m_comandos.find(chave); it != m_comandos.end()) return it->second;
-    sqlite3_stmt* st = nullptr;
-    if (sqlite3_prepare_v3(m_db, chave.data(), static_cast<int>(chave.size()), SQLITE_PREPARE_PERSISTENT, &st,
-                           nullptr) != SQLITE_OK)
-        Falha();
-    m_comandos.emplace(std::move(chave), st);
-    return st;
-}
+class CQZMotorSQLite final : public IQZMotor {
+public:
+    CQZMotorSQLite(std::string nome, sqlite3* db) : m_nome(std::move(nome)), m_db(db) {}
+    ~CQZMotorSQLite() override {
+        m_versaoDados.reset();
+        sqlite3_close(m_db);
+    }
 
-sqlite3_stmt* CQZBanco::Prepara(uint32_t slot, std::string_view sql) {
-    if (slot < m_porSlot.size() && m_porSlot[slot]) return m_porSlot[slot];
-    sqlite3_stmt* st = nullptr;
-    if (sqlite3_prepare_v3(m_db, sql.data(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT, &st, nullptr) !=
-        SQLITE_OK)
-        Falha();
-    if (slot >= m_porSlot.size()) m_porSlot.resize(slot + 1, nullptr);
-    m_porSlot[slot] = st;
-    return st;
-}
+    EMotor Tipo() const override { return EMotor::SQLITE; }
+    sqlite3* Db() const { return m_db; }
 
-void CQZBanco::DescartaComandos() {
-    for (auto& [sql, st] : m_comandos) sqlite3_finalize(st);
-    m_comandos.clear();
-    for (sqlite3_stmt* st : m_porSlot) sqlite3_finalize(st);
-    m_porSlot.clear();
-}
+    std::unique_ptr<IQZComandoMotor> Prepara(std::string_view sql) override {
+        sqlite3_stmt* st = nullptr;
+        if (sqlite3_prepare_v3(m_db, sql.data(), static_cast<int>(sql.size()), SQLITE_PREPARE_PERSISTENT, &st,
+                               nullptr) != SQLITE_OK)
+            Falha();
+        return std::make_unique<CQZComandoSQLite>(*this, st);
+    }
+    void Executa(const char* sql) override {
+        if (sqlite3_exec(m_db, sql, nullptr, nullptr, nullptr) != SQLITE_OK) Falha();
+    }
+    void DefineEspera(int ms) override {
+        m_esperaMs = ms;
+        sqlite3_busy_timeout(m_db, ms);
+    }
 
-void CQZBanco::Executa(const char* sql) {
-    if (sqlite3_exec(m_db, sql, nullptr, nullptr, nullptr) != SQLITE_OK) Falha();
-}
+    // BEGIN IMMEDIATE takes the write lock at once; BEGIN defers it and
+    // takes its snapshot at the first read.
+    const char* SqlInicio(EModoTransacao modo) const override {
+        return modo == EModoTransacao::ESCRITA ? "BEGIN IMMEDIATE" : "BEGIN";
+    }
+    void Desfaz() noexcept override {
+        if (!sqlite3_get_autocommit(m_db)) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    }
+    int64_t TotalAlteradas() const override { return sqlite3_total_changes64(m_db); }
+    std::optional<int64_t> VersaoDados() override {
+        if (!m_versaoDados) m_versaoDados = Prepara("PRAGMA data_version");
+        const int64_t versao = m_versaoDados->Passo() ? m_versaoDados->Inteiro(0) : -1;
+        m_versaoDados->Reinicia();
+        return versao;
+    }
 
-void CQZBanco::Falha() const {
+    void ConfiguraArmazem() override {
+        Executa("PRAGMA journal_mode = WAL");
+        // A committed save survives a power failure too.
+        Executa("PRAGMA synchronous = FULL");
+        // Statistics from a sample of each index: cheap on large tables.
+        Executa("PRAGMA analysis_limit = 1000");
+    }
+    void AtualizaEstatisticas() override { Executa("ANALYZE"); }
+    void AoFechar() noexcept override { sqlite3_exec(m_db, "PRAGMA optimize", nullptr, nullptr, nullptr); }
+    std::vector<std::string> Plano(const std::string& sql) override {
+        auto st = Prepara("EXPLAIN QUERY PLAN " + sql);
+        std::vector<std::string> plano;
+        while (st->Passo()) plano.emplace_back(st->Texto(3));
+        return plano;
+    }
+
+    bool ExisteTabela(const std::string& nome) override {
+        auto st = Prepara("SELECT count(*) FROM sqlite_master WHERE type = 'table' AND name = ?1");
+        st->LigaTexto(1, nome, true);
+        return st->Passo() && st->Inteiro(0) > 0;
+    }
+    bool ExisteTabelaComPrefixo(const std::string& prefixo) override {
+        auto st = Prepara("SELECT count(*) FROM sqlite_master WHERE type = 'table' AND substr(name, 1, ?2) = ?1");
+        st->LigaTexto(1, prefixo, true);
+        st->Liga(2, static_cast<int64_t>(prefixo.size()));
+        return st->Passo() && st->Inteiro(0) > 0;
+    }
+    std::set<std::string> Colunas(const std::string& tabela) override {
+        return Nomes("SELECT name FROM pragma_table_info(?1)", tabela);
+    }
+    std::set<std::string> Indices(const std::string& tabela) override {
+        return Nomes("SELECT name FROM sqlite_master WHERE type = 'index' AND tbl_name = ?1", tabela);
+    }
+    std::string TipoInteiro() const override { return "INTEGER"; }
+    std::string TipoTexto() const override { return "TEXT"; }
+    // The rowid itself: numbered by SQLite when not given.
+    std::string ColunaChave(bool) const override { return "chave INTEGER PRIMARY KEY"; }
+    // BEGIN IMMEDIATE holds the only write lock: nothing more to take.
+    void ReservaChaves(const std::string&) override {}
+
+    [[noreturn]] void Falha() const;
+
+private:
+    std::set<std::string> Nomes(const char* sql, const std::string& tabela) {
+        auto st = Prepara(sql);
+        st->LigaTexto(1, tabela, true);
+        std::set<std::string> nomes;
+        while (st->Passo()) nomes.emplace(st->Texto(0));
+        return nomes;
+    }
+
+    std::string m_nome;
+    sqlite3* m_db;
+    int m_esperaMs = 0;
+    std::unique_ptr<IQZComandoMotor> m_versaoDados;
+};
+
+void CQZMotorSQLite::Falha() const {
     const int estendido = sqlite3_extended_errcode(m_db);
     const std::string motivo = sqlite3_errmsg(m_db);
     switch (estendido & 0xFF) {
@@ -90,97 +157,51 @@ void CQZBanco::Falha() const {
             throw qzsql::Falha{QZ_E_BANCO, 1, "Falha de leitura ou gravação no armazém " + m_nome + ": " + motivo + "."};
         case SQLITE_NOMEM:
             throw qzsql::Falha{QZ_E_SEM_MEMORIA, 1, "Memória insuficiente no armazém " + m_nome + "."};
-        case SQLITE_CONSTRAINT:
-            throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "O armazém " + m_nome + " recusou o registro: " + motivo + "."};
+        case SQLITE_CONSTRAINT: {
+            qzsql::Falha f{QZ_E_REGISTRO_INVALIDO, 6, "O armazém " + m_nome + " recusou o registro: " + motivo + "."};
+            if (estendido == SQLITE_CONSTRAINT_PRIMARYKEY) throw FalhaChaveDuplicada{std::move(f)};
+            throw f;
+        }
         default:
             break;
     }
     throw qzsql::Falha{QZ_E_BANCO, 1, "Erro do banco de dados no armazém " + m_nome + ": " + motivo + "."};
 }
 
-bool CQZBanco::IniciaTransacao(EModoTransacao modo) {
-    if (m_nivel > 0 || !m_db) return false;
-    Inicia(modo);
-    return true;
+void CQZComandoSQLite::Liga(int indice, int64_t valor) {
+    if (sqlite3_bind_int64(m_st, indice, valor) != SQLITE_OK) m_motor.Falha();
 }
 
-void CQZBanco::EncerraTransacao() {
-    if (m_nivel == 0) return;
-    try {
-        Confirma();
-    } catch (...) {
-        // Confirma has rolled back what it could not commit.
-    }
+void CQZComandoSQLite::LigaTexto(int indice, std::string_view utf8, bool fixo) {
+    if (sqlite3_bind_text64(m_st, indice, utf8.data(), utf8.size(), fixo ? SQLITE_STATIC : SQLITE_TRANSIENT,
+                            SQLITE_UTF8) != SQLITE_OK)
+        m_motor.Falha();
 }
 
-void CQZBanco::Inicia(EModoTransacao modo) {
-    static const CQZComandoFixo kLeitura{"BEGIN"}, kEscrita{"BEGIN IMMEDIATE"};
-    {
-        CQZComando c(*this, modo == EModoTransacao::ESCRITA ? kEscrita : kLeitura);
-        c.Passo();
-    }
-    m_nivel = 1;
-    m_linhasAntes = sqlite3_total_changes64(m_db);
-    // A deferred transaction takes its snapshot at its first read: the
-    // owner reads at once what it checks the transaction by.
-    try {
-        if (m_pObservador) m_pObservador->AoIniciar();
-    } catch (...) {
-        Desfaz();
-        throw;
-    }
-}
-
-void CQZBanco::Confirma() {
-    static const CQZComandoFixo kConfirma{"COMMIT"};
-    try {
-        CQZComando c(*this, kConfirma);
-        c.Passo();
-    } catch (...) {
-        // A commit that fails (a full disk) leaves the transaction open.
-        Desfaz();
-        throw;
-    }
-    m_nivel = 0;
-    if (m_pObservador) m_pObservador->AoConfirmar(sqlite3_total_changes64(m_db) - m_linhasAntes);
-}
-
-void CQZBanco::Desfaz() noexcept {
-    m_nivel = 0;
-    if (!sqlite3_get_autocommit(m_db)) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
-    if (m_pObservador) m_pObservador->AoDesfazer();
-}
-
-CQZComando& CQZComando::Liga(int indice, int64_t valor) {
-    if (sqlite3_bind_int64(m_st, indice, valor) != SQLITE_OK) m_banco.Falha();
-    Observa(indice, false, valor, {});
-    return *this;
-}
-
-CQZComando& CQZComando::LigaTexto(int indice, std::string_view utf8) {
-    if (sqlite3_bind_text64(m_st, indice, utf8.data(), utf8.size(), SQLITE_TRANSIENT, SQLITE_UTF8) != SQLITE_OK)
-        m_banco.Falha();
-    Observa(indice, true, 0, utf8);
-    return *this;
-}
-
-CQZComando& CQZComando::LigaTextoFixo(int indice, std::string_view utf8) {
-    if (sqlite3_bind_text64(m_st, indice, utf8.data(), utf8.size(), SQLITE_STATIC, SQLITE_UTF8) != SQLITE_OK)
-        m_banco.Falha();
-    Observa(indice, true, 0, utf8);
-    return *this;
-}
-
-bool CQZComando::Passo() {
+bool CQZComandoSQLite::Passo() {
     const int rc = sqlite3_step(m_st);
     if (rc == SQLITE_ROW) return true;
     if (rc == SQLITE_DONE) return false;
-    m_banco.Falha();
+    m_motor.Falha();
 }
 
-std::string_view CQZComando::Texto(int coluna) const {
-    const auto* p = reinterpret_cast<const char*>(sqlite3_column_text(m_st, coluna));
-    return p ? std::string_view(p, static_cast<size_t>(sqlite3_column_bytes(m_st, coluna))) : std::string_view();
+int64_t CQZComandoSQLite::Alteradas() const { return sqlite3_changes64(m_motor.Db()); }
+
+}  // namespace
+
+std::unique_ptr<IQZMotor> AbreSQLite(const std::string& nome, const std::string& caminho, bool cria) {
+    // NOMUTEX: a connection is used by one thread at a time.
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX | (cria ? SQLITE_OPEN_CREATE : 0);
+    sqlite3* db = nullptr;
+    if (sqlite3_open_v2(caminho.c_str(), &db, flags, nullptr) != SQLITE_OK) {
+        std::string motivo = db ? sqlite3_errmsg(db) : "sem memória";
+        sqlite3_close(db);
+        throw qzsql::Falha{QZ_E_BANCO, 1, "Não foi possível abrir o armazém " + nome + ": " + motivo + "."};
+    }
+    sqlite3_extended_result_codes(db, 1);
+    auto motor = std::make_unique<CQZMotorSQLite>(nome, db);
+    motor->Executa("PRAGMA foreign_keys = ON");
+    return motor;
 }
 
 }  // namespace qzsql

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "store/QZInjetorFalhas.h"
+#include "tests/support/PXPostgresTeste.h"
 
 // Record types that exist only here: they exercise the mapping (lists in
 // lists, movement keys, one-record tables) independently of the module's records.
@@ -80,32 +81,54 @@ CQZTeste_Pai Pai(const char* codigo, uint32_t pai = 0) {
 
 }  // namespace
 
-// Every case runs on the in-memory store and on a file: one implementation,
-// the same answers.
-class QZArmazemSQLTest : public ::testing::TestWithParam<bool> {
+// Every case runs on the in-memory store, on a file and on the test
+// server: one implementation, the same answers.
+enum class EArmazemTeste { MEMORIA, ARQUIVO, POSTGRES };
+
+class QZArmazemSQLTest : public ::testing::TestWithParam<EArmazemTeste> {
 protected:
-    QZArmazemSQLTest()
-        : caminho(GetParam() ? ::testing::TempDir() + "armazem_param_" + std::to_string(getpid()) + ".db"
-                             : std::string(":memory:")),
-          armazem((Remove(), caminho)) {}
+    QZArmazemSQLTest() : caminho(Caminho()), armazem((Remove(), caminho)) {}
     ~QZArmazemSQLTest() override { Remove(); }
     void SetUp() override {
+        if (GetParam() == EArmazemTeste::POSTGRES && esquema.Url().empty())
+            GTEST_SKIP() << "PXLREG_TESTE_PG names no PostgreSQL server (scripts/test.sh postgres starts one)";
         ASSERT_TRUE(armazem.EstaAberto()) << QZParaUtf8(armazem.GetErro().GetMensagem());
         armazem.DefineRelogio(&relogio);
         armazem.DefineGancho(&falhas);
     }
+    std::string Caminho() const {
+        switch (GetParam()) {
+            case EArmazemTeste::ARQUIVO:
+                return ::testing::TempDir() + "armazem_param_" + std::to_string(getpid()) + ".db";
+            case EArmazemTeste::POSTGRES:
+                if (!esquema.Url().empty()) return esquema.Url();
+                break;
+            case EArmazemTeste::MEMORIA:
+                break;
+        }
+        return ":memory:";
+    }
     void Remove() const {
-        if (caminho == ":memory:") return;
+        if (GetParam() != EArmazemTeste::ARQUIVO) return;
         for (const char* s : {"", "-wal", "-shm"}) std::remove((caminho + s).c_str());
     }
+    PXEsquemaPostgres esquema;
     std::string caminho;
     CQZArmazemSQL armazem;
     CQZRelogioFixo relogio{REG_QZDMAHMSUTC(5, 5, 2026, 12, 0, 0)};
     CQZInjetorFalhas falhas;
 };
 
-INSTANTIATE_TEST_SUITE_P(MemoriaEArquivo, QZArmazemSQLTest, ::testing::Values(false, true),
-                         [](const ::testing::TestParamInfo<bool>& i) { return i.param ? "Arquivo" : "Memoria"; });
+INSTANTIATE_TEST_SUITE_P(MemoriaArquivoEServidor, QZArmazemSQLTest,
+                         ::testing::Values(EArmazemTeste::MEMORIA, EArmazemTeste::ARQUIVO, EArmazemTeste::POSTGRES),
+                         [](const ::testing::TestParamInfo<EArmazemTeste>& i) {
+                             switch (i.param) {
+                                 case EArmazemTeste::ARQUIVO: return "Arquivo";
+                                 case EArmazemTeste::POSTGRES: return "Postgres";
+                                 case EArmazemTeste::MEMORIA: break;
+                             }
+                             return "Memoria";
+                         });
 
 TEST_P(QZArmazemSQLTest, NestedListsAndCompositeValuesRoundTrip) {
     CQZTeste_Pai p = Pai("A-ção");

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "store/QZArmazemSQL.h"
+#include "tests/support/PXPostgresTeste.h"
 
 namespace {
 
@@ -163,4 +164,36 @@ TEST(QZPlanoConsultaTest, AfterABulkLoadSearchesTakeTheSelectiveIndex) {
     ASSERT_EQ(0, armazem.BuscaPonteirosTecnico(filtro, achados));
     ASSERT_EQ(achados.GetSize(), 1);
     EXPECT_EQ(achados[0], 77u);
+}
+
+TEST(QZPlanoConsultaTest, OnTheServerWithRealisticSizesNoSearchOperationReadsAWholeTable) {
+    PXEsquemaPostgres esquema;
+    if (esquema.Url().empty())
+        GTEST_SKIP() << "PXLREG_TESTE_PG names no PostgreSQL server (scripts/test.sh postgres starts one)";
+    CQZArmazemSQL armazem(esquema.Url());
+    ASSERT_TRUE(armazem.EstaAberto()) << QZParaUtf8(armazem.GetErro().GetMensagem());
+    // The server reads a small table whole because that is cheaper: every
+    // table gets 20,000 rows of distinct values (lists under their owners,
+    // which sort first by name), then statistics.
+    esquema.Executa(R"(DO $$
+DECLARE t record; colunas text; valores text;
+BEGIN
+  FOR t IN SELECT tablename FROM pg_tables WHERE schemaname = current_schema() AND tablename LIKE 'CQZ%'
+           ORDER BY tablename LOOP
+    SELECT string_agg(quote_ident(column_name), ', ' ORDER BY ordinal_position),
+           string_agg(CASE WHEN column_name = 'ordem' THEN '0' WHEN data_type = 'text' THEN '''v'' || g'
+                           ELSE 'g' END, ', ' ORDER BY ordinal_position)
+      INTO colunas, valores FROM information_schema.columns
+      WHERE table_schema = current_schema() AND table_name = t.tablename;
+    EXECUTE format('INSERT INTO %I (%s) SELECT %s FROM generate_series(1, 20000) AS g', t.tablename, colunas, valores);
+  END LOOP;
+END $$)");
+    esquema.Executa("ANALYZE");
+    auto casos = PlanosDasOperacoes(armazem);
+    ASSERT_FALSE(casos.empty());
+    for (const auto& caso : casos) {
+        auto varreduras = CQZArmazemSQL::VarredurasCompletas(caso.plano);
+        EXPECT_TRUE(varreduras.empty()) << caso.operacao << " with " << caso.criterios << " reads a whole table: "
+                                        << ::testing::PrintToString(caso.plano);
+    }
 }

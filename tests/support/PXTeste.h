@@ -14,6 +14,7 @@
 #include "store/QZArmazemSQL.h"
 #include "store/QZFabricaArmazemSQL.h"
 #include "store/QZInjetorFalhas.h"
+#include "tests/support/PXPostgresTeste.h"
 
 // The error record holds message `mensagem` of `modulo` on field `campo`.
 MATCHER_P3(TemMensagem, modulo, mensagem, campo,
@@ -53,8 +54,11 @@ inline CQZServicosEmpresa PXServicosTeste(std::shared_ptr<CQZFabricaArmazemSQL> 
 
 class PXTeste : public ::testing::Test {
 protected:
-    PXTeste() : fabrica(std::make_shared<CQZFabricaArmazemSQL>(":memory:")), pArmazem(AbrePrimeira(*fabrica)),
-                armazem(*pArmazem) {}
+    // In memory; on its own schema of the test server when there is one.
+    PXTeste()
+        : fabrica(esquema.Url().empty() ? std::make_shared<CQZFabricaArmazemSQL>(":memory:")
+                                        : std::make_shared<CQZFabricaArmazemSQL>(esquema.Url(), QZ_ABRE_OU_CRIA)),
+          pArmazem(AbrePrimeira(*fabrica)), armazem(*pArmazem) {}
 
     void SetUp() override {
         ASSERT_TRUE(armazem.EstaAberto()) << QZParaUtf8(armazem.GetErro().GetMensagem());
@@ -122,6 +126,7 @@ protected:
     }
 
     static inline const CString kEmpresa = "EMPRESA01";
+    PXEsquemaPostgres esquema;
     std::shared_ptr<CQZFabricaArmazemSQL> fabrica;
     std::unique_ptr<CQZArmazemSQL> pArmazem;
     CQZArmazemSQL& armazem;
