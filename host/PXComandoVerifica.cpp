@@ -24,7 +24,7 @@ constexpr int kMaximoProblemas = 100;
 
 Diagnostico Verifica(const std::string& caminho) {
     qzsql::CQZBanco banco(caminho);
-    banco.Abre(caminho, SQLITE_OPEN_READONLY, 5000);
+    banco.Abre(qzsql::AbreSQLiteLeitura(caminho, caminho), 5000);
     Diagnostico d;
     {
         qzsql::CQZComando c(banco, "SELECT count(*) FROM sqlite_master WHERE type = 'table' AND "

@@ -98,7 +98,7 @@ long CQZArmazemSQL::AtualizaDataHoraEnvioAlerta(uint32_t ponteiroPlano, uint32_t
         c.Liga(1, static_cast<int64_t>(m_pRelogio->Agora().ullValor));
         c.Liga(2, ponteiroPlano).Liga(3, indiceAlerta);
         c.Passo();
-        if (sqlite3_changes(m_banco.Db()) != 1)
+        if (c.Alteradas() != 1)
             throw qzsql::Falha{QZ_E_REGISTRO_NAO_ENCONTRADO, 2,
                                "O plano " + std::to_string(ponteiroPlano) + " não tem o alerta " +
                                    std::to_string(indiceAlerta) + "."};

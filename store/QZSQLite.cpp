@@ -189,9 +189,11 @@ int64_t CQZComandoSQLite::Alteradas() const { return sqlite3_changes64(m_motor.D
 
 }  // namespace
 
-std::unique_ptr<IQZMotor> AbreSQLite(const std::string& nome, const std::string& caminho, bool cria) {
+namespace {
+
+std::unique_ptr<IQZMotor> AbreComFlags(const std::string& nome, const std::string& caminho, int flags) {
     // NOMUTEX: a connection is used by one thread at a time.
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX | (cria ? SQLITE_OPEN_CREATE : 0);
+    flags |= SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX;
     sqlite3* db = nullptr;
     if (sqlite3_open_v2(caminho.c_str(), &db, flags, nullptr) != SQLITE_OK) {
         std::string motivo = db ? sqlite3_errmsg(db) : "sem memória";
@@ -202,6 +204,16 @@ std::unique_ptr<IQZMotor> AbreSQLite(const std::string& nome, const std::string&
     auto motor = std::make_unique<CQZMotorSQLite>(nome, db);
     motor->Executa("PRAGMA foreign_keys = ON");
     return motor;
+}
+
+}  // namespace
+
+std::unique_ptr<IQZMotor> AbreSQLite(const std::string& nome, const std::string& caminho, bool cria) {
+    return AbreComFlags(nome, caminho, SQLITE_OPEN_READWRITE | (cria ? SQLITE_OPEN_CREATE : 0));
+}
+
+std::unique_ptr<IQZMotor> AbreSQLiteLeitura(const std::string& nome, const std::string& caminho) {
+    return AbreComFlags(nome, caminho, SQLITE_OPEN_READONLY);
 }
 
 }  // namespace qzsql
