@@ -249,7 +249,9 @@ bool SubstituiDeUmaVez(std::string& modelo, const CPassos& passos) {
     saida.append(t, de, std::string_view::npos);
     // No step text may touch a value or cross the place of one.
     const std::string_view o = saida;
-    for (const auto& [a, b] : valores) {
+    for (const auto& valor : valores) {
+        // Named copies, not a structured binding: the lambda below captures them.
+        const size_t a = valor.first, b = valor.second;
         // The "QZ_" that start from maior - 1 bytes before the value to its
         // last byte (or to the junction itself, for an empty value).
         const size_t inicio = a >= maior ? a - maior + 1 : 0;

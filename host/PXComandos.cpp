@@ -962,6 +962,7 @@ int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, s
     ajuda->add_option("COMMAND", comandoAjuda, U("o comando"));
     const CPXComandoAdicional adicionais[] = {PXComandoContaEmail(app), PXComandoModelo(app),
                                               PXComandoVerifica(app), PXComandoTipos(app), PXComandoMensagens(app),
+                                              PXComandoExemplo(app),
                                               PXComandoAlertas(app), PXComandoDaemon(app)};
 
     for (CLI::App* sub : app.get_subcommands({})) {

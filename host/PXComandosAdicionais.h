@@ -33,3 +33,5 @@ CPXComandoAdicional PXComandoVerifica(CLI::App& app);
 CPXComandoAdicional PXComandoTipos(CLI::App& app);
 // messages [NUMBER] [--module M]: the texts of the numbered messages.
 CPXComandoAdicional PXComandoMensagens(CLI::App& app);
+// example TYPE: a complete, valid record of the type.
+CPXComandoAdicional PXComandoExemplo(CLI::App& app);

@@ -1,9 +1,11 @@
-// pxlreg types and pxlreg messages: what the command line knows, without a store.
+// pxlreg types, messages and example: what the command line knows, without a store.
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <ostream>
+#include <sstream>
 
 #include "host/PXComandosAdicionais.h"
+#include "host/PXDadosEmbutidos.h"
 #include "host/PXPermissoesHost.h"
 #include "host/PXTabelaMensagens.h"
 #include "host/PXTiposHost.h"
@@ -71,6 +73,48 @@ int Mensagens(bool json, const std::string& numero, int modulo, std::ostream& sa
     return 0;
 }
 
+// A record of the type from the demo plant, which the rules accept,
+// or a record at its defaults when the demo has none. Every field is written
+// (lists as the demo fills them) and the key is a new record's, so `save`
+// takes the example as a new record.
+int Exemplo(bool json, const std::string& nome, std::ostream& saida, std::ostream& erros) {
+    const IPXTipoHost* tipo = PXBuscaTipoHost(nome);
+    if (!tipo) {
+        const std::string texto = "tipo de registro desconhecido \"" + nome.substr(0, 80) + "\" (veja pxlreg types).";
+        if (json)
+            saida << Json{{"command", "example"}, {"error", {{"text", Utf8(texto)}}}}.dump() << "\n";
+        else
+            erros << "pxlreg: erro: " << Utf8(texto) << "\n";
+        return 2;
+    }
+    auto registro = tipo->Novo();
+    const Json novo = tipo->ParaJson(*registro);
+    // The demo's fullest record of the type: most of its lists filled.
+    std::istringstream demo{std::string(PXTextoDemo())};
+    Json escolhido;
+    size_t tamanho = 0;
+    for (std::string linha; std::getline(demo, linha);) {
+        if (linha.size() <= tamanho) continue;
+        Json j = Json::parse(linha, nullptr, false);
+        if (j.is_object() && j.value("type", "") == tipo->Nome()) {
+            escolhido = std::move(j);
+            tamanho = linha.size();
+        }
+    }
+    if (tamanho) tipo->DeJson(escolhido, *registro);
+    Json exemplo{{"type", tipo->Nome()}};
+    const Json campos = tipo->ParaJson(*registro);
+    for (const auto& [campo, valor] : campos.items()) exemplo[campo] = valor;
+    // A one-record table has no key field.
+    if (novo.contains(tipo->CampoChave())) exemplo[tipo->CampoChave()] = novo[tipo->CampoChave()];
+    const std::string texto = exemplo.dump(-1, ' ', false, Json::error_handler_t::replace);
+    if (json)
+        saida << Json{{"command", "example"}, {"record", exemplo}}.dump(-1, ' ', false, Json::error_handler_t::replace) << "\n";
+    else
+        saida << texto << "\n";
+    return 0;
+}
+
 }  // namespace
 
 CPXComandoAdicional PXComandoTipos(CLI::App& app) {
@@ -87,4 +131,11 @@ CPXComandoAdicional PXComandoMensagens(CLI::App& app) {
     return {mensagens, [numero, modulo](bool json, std::ostream& saida, std::ostream& erros) {
                 return Mensagens(json, *numero, *modulo, saida, erros);
             }};
+}
+
+CPXComandoAdicional PXComandoExemplo(CLI::App& app) {
+    auto nome = std::make_shared<std::string>();
+    auto* exemplo = app.add_subcommand("example", Utf8("um registro completo e válido do tipo, com todos os campos, para editar e gravar"));
+    exemplo->add_option("TYPE", *nome, Utf8("o tipo do registro, como CQZDadosPX_Tarefa ou Tarefa (veja pxlreg types)"))->required();
+    return {exemplo, [nome](bool json, std::ostream& saida, std::ostream& erros) { return Exemplo(json, *nome, saida, erros); }};
 }

@@ -522,3 +522,37 @@ TEST_F(PXComandosArmazemTest, TheCompanyIsReadAsUtf8) {
     EXPECT_EQ(r.codigo, 2);
     EXPECT_NE(r.erros.find("--company"), std::string::npos) << r.erros;
 }
+
+// An example names every field of its type, reads back as a record of that
+// type, and is a new record: saved as it stands, the rules take it.
+TEST_F(PXComandosArmazemTest, AnExampleHasEveryFieldAndIsANewRecord) {
+    for (const auto& tipo : PXTiposHost()) {
+        auto r = Roda({"example", tipo->Nome()});
+        ASSERT_EQ(r.codigo, 0) << tipo->Nome() << ": " << r.erros;
+        const Json exemplo = Json::parse(r.saida);
+        EXPECT_EQ(exemplo["type"], tipo->Nome());
+        auto modelo = tipo->Novo();
+        const Json campos = tipo->ParaJson(*modelo);
+        for (const auto& [campo, valor] : campos.items()) {
+            ASSERT_TRUE(exemplo.contains(campo)) << tipo->Nome() << " sem " << campo;
+            EXPECT_EQ(exemplo[campo].type(), valor.type()) << tipo->Nome() << "." << campo;
+        }
+        if (campos.contains(tipo->CampoChave())) {
+            EXPECT_EQ(exemplo[tipo->CampoChave()], campos[tipo->CampoChave()]) << tipo->Nome();
+        }
+        auto lido = tipo->Novo();
+        EXPECT_NO_THROW(tipo->DeJson(exemplo, *lido)) << tipo->Nome();
+        EXPECT_EQ(tipo->ChaveInformada(*lido), 0) << tipo->Nome();
+    }
+
+    // A priority from the example, its code made new, goes through the rules.
+    Json prioridade = Json::parse(Roda({"example", "Prioridade"}).saida);
+    prioridade["Codigo"] = "EX1";
+    CriaDemo();
+    auto salvo = Roda({"save", m_arquivo, "Prioridade", "-"}, prioridade.dump());
+    EXPECT_EQ(salvo.codigo, 0) << salvo.saida << salvo.erros;
+
+    auto desconhecido = Roda({"example", "NaoExiste"});
+    EXPECT_EQ(desconhecido.codigo, 2);
+    EXPECT_NE(desconhecido.erros.find("NaoExiste"), std::string::npos) << desconhecido.erros;
+}
