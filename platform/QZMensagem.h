@@ -30,8 +30,10 @@ struct CQZIdMensagem {
 
 namespace qzmsg {
 // How many parameters the table's text of the message takes; -1 when the
-// table has no such message.
-consteval int Parametros(QZModulo modulo, long numero) {
+// table has no such message. Only ever evaluated inside the consteval
+// constructor below (constexpr, not consteval: clang 14 refuses a nested
+// immediate call on the constructor's parameters).
+constexpr int Parametros(QZModulo modulo, long numero) {
     for (const auto& e : kQZTabelaMensagens)
         if (e.modulo == modulo && e.numero == numero) return e.parametros;
     return -1;
