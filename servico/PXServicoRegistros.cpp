@@ -176,14 +176,7 @@ long CPXServicoRegistros::Exclui(const IPXTipoRegistro& tipo, int64_t chave,
             resultado.permitido = r == 0;
             return r;
         });
-        if (conflito) {
-            resultado.permitido = false;
-            resultado.veredito.SetAviso(PX_MSG(3), 0);
-            return 0;
-        }
-        if (hr != 0) return Falha(hr, armazem->GetErro());
-        resultado.gravado = resultado.permitido;
-        return 0;
+        return ConcluiExclusao(hr, conflito, armazem->GetErro(), resultado);
     } catch (const std::exception& e) {
         m_erro.SetErro(QZ_E_INESPERADO, QZ_MODULO_PX, 0, "Falha inesperada ao excluir: %s", e.what());
         return QZ_E_INESPERADO;
@@ -204,12 +197,19 @@ long CPXServicoRegistros::ExcluiCadastro(const IPXTipoRegistro& tipo, int64_t ch
         resultado.permitido = r == 0;
         return r;
     });
+    return ConcluiExclusao(hr, conflito, armazem.GetErro(), resultado);
+}
+
+// A record changed since it was read is a refusal (message 3), any other
+// failure the store's own.
+long CPXServicoRegistros::ConcluiExclusao(long hr, bool conflito, const CQZDadosGT_Erro& erroArmazem,
+                                          CPXResultadoRegistro& resultado) {
     if (conflito) {
         resultado.permitido = false;
         resultado.veredito.SetAviso(PX_MSG(3), 0);
         return 0;
     }
-    if (hr != 0) return Falha(hr, armazem.GetErro());
+    if (hr != 0) return Falha(hr, erroArmazem);
     resultado.gravado = resultado.permitido;
     return 0;
 }

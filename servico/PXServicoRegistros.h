@@ -60,6 +60,7 @@ private:
     long PreparaTratador(const IPXTipoRegistro& tipo, const TQZBaseParaDados& registro,
                          std::unique_ptr<CPXTrataDados>& tratador, CQZArmazemSQL*& armazem);
     long Falha(long hr, const CQZDadosGT_Erro& erro);
+    long ConcluiExclusao(long hr, bool conflito, const CQZDadosGT_Erro& erroArmazem, CPXResultadoRegistro& resultado);
     // A delete without rules: the integrity check and the removal, on a
     // connection of the service's own.
     long ExcluiCadastro(const IPXTipoRegistro& tipo, int64_t chave, TQZBaseParaDados& registro,
