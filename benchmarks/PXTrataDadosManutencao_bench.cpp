@@ -1,7 +1,9 @@
-// Save validation of a maintenance order with 10 material lines and 5 tasks,
+// Save validations of the movements, beside the same reads replayed directly
+// (PXBancada.h): a maintenance order with 10 material lines and 5 tasks,
 // finished (so its tasks are read), over a plant of n orders and n
-// resources, beside the same reads replayed directly (PXBancada.h).
+// resources; an expense entry with 3 items over a plant of n entries.
 #include "benchmarks/PXBancada.h"
+#include "rules/PXTrataDadosLancamentoGastos.h"
 #include "rules/PXTrataDadosManutencao.h"
 
 namespace {
@@ -111,6 +113,40 @@ void OrdemGravada(benchmark::State& state, bool leituras) {
     pxbench::Valida<CPXTrataDadosManutencao>(state, planta, ordem, 1, leituras);
 }
 
+CQZDadosPX_LancamentoGastos Lancamento(uint32_t i) {
+    CQZDadosPX_LancamentoGastos l;
+    l.SetDmc(REG_QZDMC(REG_QZMA(3, 2026), i)).SetPonteiroTipoGasto(i % 20 + 1).SetData(REG_QZDMA(i % 28 + 1, 3, 2026));
+    l.SetPonteiroRecurso(i % 500 + 1);
+    for (uint32_t p = 1; p <= 3; ++p) {
+        _REG_POSICAO_PRODUTOPS item;
+        item.lPonteiroProduto = p;
+        l.AdicionaItem(CQZDadosPX_LancamentoGastosItem()
+                           .SetProdutoServico(item)
+                           .SetQuantidade(CQZMoeda::DeInteiro(p))
+                           .SetValor(CQZMoeda::DeInteiro(10 * p)));
+    }
+    return l;
+}
+
+long CargaLancamentos(CQZArmazemSQL& a, int64_t n) {
+    for (int64_t i = 1; i <= n; ++i)
+        if (long hr = InsereEm(a, Lancamento(static_cast<uint32_t>(i)))) return hr;
+    return 0;
+}
+
+// A saved expense entry: read by its key and its stamp compared.
+void LancamentoGravado(benchmark::State& state, bool leituras) {
+    pxbench::Planta& planta = pxbench::Planta::De("lancamentos", state.range(0), state.range(1), CargaLancamentos);
+    CQZDadosPX_LancamentoGastos lancamento;
+    const auto chave = static_cast<int64_t>(REG_QZDMC(REG_QZMA(3, 2026), static_cast<uint32_t>(state.range(1) / 2)).GetValor());
+    if (planta.Armazem().LeRegistro(chave, lancamento) != 0) {
+        state.SkipWithError("read failed");
+        return;
+    }
+    pxbench::Valida<CPXTrataDadosLancamentoGastos>(state, planta, lancamento, 1, leituras);
+}
+
 }  // namespace
 
 PX_BANCADA("OrdemGravada", OrdemGravada);
+PX_BANCADA("LancamentoGravado", LancamentoGravado);
