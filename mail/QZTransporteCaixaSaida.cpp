@@ -12,24 +12,12 @@
 
 #include "mail/QZFormatoEmail.h"
 #include "platform/QZCodigosResultado.h"
+#include "platform/QZEscrita.h"
 
 namespace {
 
 std::string Errno(const char* acao, const std::string& caminho) {
     return std::string(acao) + " " + caminho + ": " + std::strerror(errno);
-}
-
-bool EscreveTudo(int fd, const std::string& texto) {
-    size_t feito = 0;
-    while (feito < texto.size()) {
-        ssize_t n = ::write(fd, texto.data() + feito, texto.size() - feito);
-        if (n < 0) {
-            if (errno == EINTR) continue;
-            return false;
-        }
-        feito += static_cast<size_t>(n);
-    }
-    return true;
 }
 
 // "20260310-093000-<pid>-<n>.eml": in the order written, never reused.
@@ -60,7 +48,7 @@ long CQZTransporteCaixaSaida::Envia(const CQZMensagemEmail& mensagem, CQZResulta
     if (fd < 0) return falha(Errno("não foi possível criar um arquivo na caixa de saída", m_pasta));
     const std::string temporario = modelo;
     std::string problema;
-    if (!EscreveTudo(fd, bytes))
+    if (!QZEscreveTudo(fd, bytes))
         problema = Errno("falha ao gravar", temporario);
     else if (::fsync(fd) != 0)
         problema = Errno("falha ao descarregar", temporario);

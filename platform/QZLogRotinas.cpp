@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
+#include "platform/QZEscrita.h"
 #include "platform/QZRelogio.h"
 
 namespace {
@@ -21,20 +22,6 @@ long CodigoDeErrno(int erro) {
         case ENOSPC: return static_cast<long>(static_cast<int32_t>(0x80070070u));   // disk full
         default: return static_cast<long>(static_cast<int32_t>(0x80004005u));
     }
-}
-
-// Writes all of `texto`, going on after partial writes and interruptions.
-bool EscreveTudo(int fd, const std::string& texto) {
-    size_t feito = 0;
-    while (feito < texto.size()) {
-        ssize_t n = ::write(fd, texto.data() + feito, texto.size() - feito);
-        if (n < 0) {
-            if (errno == EINTR) continue;
-            return false;
-        }
-        feito += static_cast<size_t>(n);
-    }
-    return true;
 }
 
 }  // namespace
@@ -67,11 +54,11 @@ long QZGravaLogRotina(const CQZLinhaLogRotina& linha) {
         if (fd < 0) {
             hr = CodigoDeErrno(errno);
         } else {
-            if (!EscreveTudo(fd, texto)) hr = CodigoDeErrno(errno);
+            if (!QZEscreveTudo(fd, texto)) hr = CodigoDeErrno(errno);
             if (::close(fd) != 0 && hr == 0) hr = CodigoDeErrno(errno);
         }
         if (hr == 0) return 0;
     }
-    if (!EscreveTudo(STDERR_FILENO, texto) && hr == 0) hr = CodigoDeErrno(errno);
+    if (!QZEscreveTudo(STDERR_FILENO, texto) && hr == 0) hr = CodigoDeErrno(errno);
     return hr;
 }

@@ -15,6 +15,7 @@
 #include "store/QZArmazemSQL.h"
 #include "store/QZFabricaArmazemSQL.h"
 #include "store/QZPostgres.h"
+#include "tests/support/PXEscritorMorto.h"
 #include "tests/support/PXPostgresTeste.h"
 
 namespace {
@@ -104,37 +105,7 @@ TEST_F(QZArmazemPostgresTest, ALostConnectionIsAnErrorAndTheNextCallReconnects) 
 }
 
 TEST_F(QZArmazemPostgresTest, AWriterKilledMidImportLeavesNothingHalfWritten) {
-    {
-        CQZArmazemSQL armazem(esquema.Url());
-        for (const char* c : {"A", "B", "C"}) {
-            CQZDadosPX_Prioridade p = Prioridade(c);
-            ASSERT_EQ(0, armazem.Insere(p)) << Texto(armazem.GetErro());
-        }
-    }
-    int canal[2];
-    ASSERT_EQ(0, pipe(canal));
-    pid_t filho = fork();
-    ASSERT_GE(filho, 0);
-    if (filho == 0) {
-        close(canal[0]);
-        CQZArmazemSQL armazem(esquema.Url());
-        const long hr = armazem.EmTransacao("Importa", [&]() -> long {
-            for (long i = 0;; ++i) {
-                CQZDadosPX_Prioridade p = Prioridade("NOVA");
-                if (armazem.Insere(p) != 0) return 1;
-                if (i == 2000 && write(canal[1], "x", 1) != 1) _exit(3);
-            }
-        });
-        _exit(hr == 0 ? 0 : 4);
-    }
-    close(canal[1]);
-    char sinal = 0;
-    ASSERT_EQ(1, read(canal[0], &sinal, 1));
-    close(canal[0]);
-    ASSERT_EQ(0, kill(filho, SIGKILL));
-    int estado = 0;
-    ASSERT_EQ(filho, waitpid(filho, &estado, 0));
-    ASSERT_TRUE(WIFSIGNALED(estado));
+    ASSERT_NO_FATAL_FAILURE(PXDeixaEscritorMorto(esquema.Url()));
 
     // The server rolls the dead client's transaction back and frees its lock.
     CQZArmazemSQL armazem(esquema.Url(), QZ_ABRE_EXISTENTE, 10000);

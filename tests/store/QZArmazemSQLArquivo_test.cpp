@@ -12,6 +12,7 @@
 
 #include "store/QZArmazemSQL.h"
 #include "tests/support/PXArquivoTemporario.h"
+#include "tests/support/PXEscritorMorto.h"
 
 namespace {
 
@@ -233,37 +234,7 @@ TEST(QZArmazemSQLFalhaTest, AFailedTransactionLeavesNothingOfItsWrites) {
 
 TEST(QZArmazemSQLFalhaTest, AWriterKilledMidTransactionLeavesAConsistentFile) {
     PXArquivoTemporario arquivo("morto");
-    {
-        CQZArmazemSQL armazem(arquivo.Caminho());
-        for (const char* c : {"A", "B", "C"}) {
-            CQZDadosPX_Prioridade p = Prioridade(c);
-            ASSERT_EQ(0, armazem.Insere(p));
-        }
-    }
-    int canal[2];
-    ASSERT_EQ(0, pipe(canal));
-    pid_t filho = fork();
-    ASSERT_GE(filho, 0);
-    if (filho == 0) {
-        close(canal[0]);
-        CQZArmazemSQL armazem(arquivo.Caminho());
-        const long hr = armazem.EmTransacao("Carga", [&]() -> long {
-            for (long i = 0;; ++i) {
-                CQZDadosPX_Prioridade p = Prioridade("NOVA");
-                if (armazem.Insere(p) != 0) return 1;
-                if (i == 2000 && write(canal[1], "x", 1) != 1) _exit(3);
-            }
-        });
-        _exit(hr == 0 ? 0 : 4);
-    }
-    close(canal[1]);
-    char sinal = 0;
-    ASSERT_EQ(1, read(canal[0], &sinal, 1));
-    close(canal[0]);
-    ASSERT_EQ(0, kill(filho, SIGKILL));
-    int estado = 0;
-    ASSERT_EQ(filho, waitpid(filho, &estado, 0));
-    ASSERT_TRUE(WIFSIGNALED(estado));
+    ASSERT_NO_FATAL_FAILURE(PXDeixaEscritorMorto(arquivo.Caminho()));
 
     {
         Sql sql(arquivo.Caminho());
