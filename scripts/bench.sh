@@ -14,7 +14,11 @@ BUILD="${PXLREG_BENCH_BUILD:-build-bench}"
 cmake -S . -B "$BUILD" -DCMAKE_BUILD_TYPE=Release -DPXLREG_TESTS=OFF -DPXLREG_BENCHMARKS=ON >/dev/null
 cmake --build "$BUILD" -j"$(nproc)" --target pxlreg_bench pxlreg_cli
 OUT="$BUILD/bench.json"
-"./$BUILD/pxlreg_bench" --benchmark_out="$OUT" --benchmark_out_format=json "$@"
+# The machines are shared: each case runs in repetitions interleaved at
+# random with the others, and the medians are compared.
+"./$BUILD/pxlreg_bench" --benchmark_out="$OUT" --benchmark_out_format=json \
+  --benchmark_repetitions=3 --benchmark_enable_random_interleaving=true \
+  --benchmark_report_aggregates_only=true "$@"
 python3 - "$OUT" "./$BUILD/pxlreg" "${PXLREG_BENCH_MEMORIA-1000000 10000000}" <<'PY'
 import json, os, re, resource, subprocess, sys, tempfile, time
 
@@ -23,8 +27,14 @@ rate = {}
 for r in runs:
     if r.get("error_occurred"):
         sys.exit(f"{r['name']}: {r.get('error_message')}")
+    # The median of the repetitions where there are any, else the one run.
+    if r.get("run_type") == "aggregate" and r.get("aggregate_name") != "median":
+        continue
     if "items_per_second" in r:
-        rate[r["name"]] = r["items_per_second"]
+        rate[r.get("run_name", r["name"])] = r["items_per_second"]
+runs = [r for r in runs if r.get("run_type") != "aggregate" or r.get("aggregate_name") == "median"]
+for r in runs:
+    r["name"] = r.get("run_name", r["name"])
 
 # Validation / raw reads: time per validation over time per replay of its reads.
 casos = {}
