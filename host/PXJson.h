@@ -58,6 +58,8 @@ public:
     virtual bool Chave(std::string_view chave) = 0;
     // The value of the member whose key came last.
     virtual void Valor(Json&& valor) = 0;
+    // The same, when it is a string: its contents, which stay the caller's.
+    virtual void Texto(const std::string& valor) { Valor(Json(valor)); }
 };
 
 // At most 80 characters of a UTF-8 text given by the user, in Windows-1252
@@ -96,6 +98,13 @@ Json ChaveMovimento(const REG_QZDMC& v);
 void De(const Json& j, REG_QZDMC& v, const std::string& campo);
 Json ChaveProduto(const _REG_POSICAO_PRODUTOPS& v);
 void De(const Json& j, _REG_POSICAO_PRODUTOPS& v, const std::string& campo);
+// The same, from a text already read (a JSON string's contents).
+void DeTexto(const std::string& utf8, CString& v, const std::string& campo);
+void DeTexto(const std::string& s, CQZMoeda& v, const std::string& campo);
+void DeTexto(const std::string& s, REG_QZDMA& v, const std::string& campo);
+void DeTexto(const std::string& s, REG_QZMA& v, const std::string& campo);
+void DeTexto(const std::string& s, REG_QZDMAHMSUTC& v, const std::string& campo);
+void DeTexto(const std::string& s, REG_QZDMC& v, const std::string& campo);
 // Integers of any width, checked against [minimo, maximo].
 int64_t Inteiro(const Json& j, int64_t minimo, uint64_t maximo, const std::string& campo, uint64_t* semSinal);
 [[noreturn]] void Falha(const std::string& campo, const std::string& motivo);
@@ -200,6 +209,20 @@ Json Valor(const T& v) {
         return ChaveProduto(v);
     else
         return Campos(v);
+}
+
+template <class T>
+void DeValor(const Json& j, T& v, const std::string& campo);
+
+// A JSON string's contents into a field: as DeValor of that string, without
+// making it a JSON value for the forms that are texts.
+template <class T>
+void DeValorTexto(const std::string& s, T& v, const std::string& campo) {
+    if constexpr (std::is_same_v<T, CString> || std::is_same_v<T, CQZMoeda> || std::is_same_v<T, REG_QZDMA> ||
+                  std::is_same_v<T, REG_QZMA> || std::is_same_v<T, REG_QZDMAHMSUTC> || std::is_same_v<T, REG_QZDMC>)
+        DeTexto(s, v, campo);
+    else
+        DeValor(Json(s), v, campo);
 }
 
 template <class T>
@@ -321,15 +344,28 @@ public:
         }
     }
 
+    void Texto(const std::string& v) override {
+        if (m_atual < kPrimeiroCampo || m_atual == kIgnorado || (m_temErro && m_ordemErro <= m_atual))
+            return IPXRegistroMembros::Texto(v);
+        const CampoLido& c = Campos()[m_atual - kPrimeiroCampo];
+        try {
+            c.converteTexto(v, m_enderecos[m_atual - kPrimeiroCampo], c.nome);
+        } catch (const CPXErroJson& e) {
+            Registra(m_atual, e.Campo(), e.what());
+        }
+    }
+
     void Termina() override {
         if (m_temErro) throw CPXErroJson(m_campoErro, m_motivoErro);
     }
 
 private:
     using Conversor = void (*)(const pxjson::Json&, void*, const std::string&);
+    using ConversorTexto = void (*)(const std::string&, void*, const std::string&);
     struct CampoLido {
         std::string nome;
         Conversor converte;
+        ConversorTexto converteTexto;
     };
     // Members in the order their errors go: the type, the position, the
     // fields as declared; kIgnorado, an unknown member, last.
@@ -339,6 +375,13 @@ private:
     template <class T>
     static void ConverteCampo(const pxjson::Json& j, void* v, const std::string& nome) {
         pxjson::DeValor(j, *static_cast<T*>(v), nome);
+    }
+    template <class T>
+    static void ConverteTexto(const std::string& s, void* v, const std::string& nome) {
+        pxjson::DeValorTexto(s, *static_cast<T*>(v), nome);
+    }
+    static void ListaDeTexto(const std::string&, void*, const std::string& nome) {
+        pxjson::Falha(nome, "esperava uma lista (array JSON)");
     }
     template <class E>
     static void ConverteLista(const pxjson::Json& j, void* v, const std::string& nome) {
@@ -355,11 +398,11 @@ private:
         std::vector<CampoLido> campos;
         template <class T>
         void Campo(const char* nome, T&, unsigned) {
-            campos.push_back({nome, &ConverteCampo<T>});
+            campos.push_back({nome, &ConverteCampo<T>, &ConverteTexto<T>});
         }
         template <class E>
         void Lista(const char* nome, std::vector<E>&) {
-            campos.push_back({nome, &ConverteLista<E>});
+            campos.push_back({nome, &ConverteLista<E>, &ListaDeTexto});
         }
     };
     struct Enderecos {

@@ -163,7 +163,14 @@ public:
     bool number_integer(number_integer_t v) override { return Escalar(v); }
     bool number_unsigned(number_unsigned_t v) override { return Escalar(v); }
     bool number_float(number_float_t v, const string_t&) override { return Escalar(v); }
-    bool string(string_t& v) override { return TextoAceito(v) && Escalar(std::move(v)); }
+    bool string(string_t& v) override {
+        if (!TextoAceito(v)) return false;
+        if (!MembroDaRaiz()) return Escalar(std::move(v));
+        // Handed over in place: the library's buffer keeps its room.
+        m_membros->Texto(v);
+        Concluido();
+        return true;
+    }
     bool binary(binary_t&) override { return Falha("valor binário, que JSON em texto não tem"); }
 
     bool start_object(std::size_t) override { return Abre(Json::object()); }
@@ -174,7 +181,7 @@ public:
     bool key(string_t& chave) override {
         Nivel& n = m_niveis.back();
         if (MembroDaRaiz()) {
-            n.chave = std::move(chave);
+            n.chave = chave;
             if (!TextoAceito(*n.chave)) return false;
             if (m_chavesRaiz >= m_limites.lista)
                 return Falha("objeto com mais de " + std::to_string(m_limites.lista) + " campos (--max-list)");

@@ -46,6 +46,13 @@ void CPXLeitorRegistrosJson::Valor(pxjson::Json&& valor) {
     }
 }
 
+void CPXLeitorRegistrosJson::Texto(const std::string& valor) {
+    if (m_destino && !m_lendoTipo)
+        m_destino->Texto(valor);
+    else
+        Valor(pxjson::Json(valor));
+}
+
 void CPXLeitorRegistrosJson::DefineTipo(const pxjson::Json& valor) {
     if (!valor.is_string()) return;
     m_tipoTexto = true;

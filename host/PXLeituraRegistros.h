@@ -25,6 +25,7 @@ public:
 private:
     bool Chave(std::string_view chave) override;
     void Valor(pxjson::Json&& valor) override;
+    void Texto(const std::string& valor) override;
     void DefineTipo(const pxjson::Json& valor);
 
     const CPXLimitesJson m_limites;

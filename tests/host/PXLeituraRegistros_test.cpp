@@ -71,6 +71,7 @@ Resultado PelosEventos(CPXLeitorRegistrosJson& leitor, std::string_view linha, l
 
 const std::string kP = R"("type": "CQZDadosPX_Prioridade")";
 const std::string kT = R"("type": "CQZDadosPX_Tecnico")";
+const std::string kG = R"("type": "CQZDadosPX_LancamentoGastos")";
 
 struct Caso {
     std::string linha;
@@ -123,6 +124,14 @@ TEST(PXLeituraRegistrosTest, EveryLineEndsAsTheTreesReadingEndsIt) {
         {"{" + kT + R"(, "Disciplina": [{"PonteiroDisciplina": 3}, {"Outro": 1}]})", "Disciplina[1].Outro",
          "campo desconhecido"},
         {"{" + kT + R"(, "Email": [{"Endereco": "x"}, 7]})", "Email[1]", "esperava um objeto"},
+        {"{" + kP + R"(, "PrioridadeBase": "9"})", "PrioridadeBase", "veio \"9\""},
+        {"{" + kT + R"(, "Email": "a@b.c"})", "Email", "esperava uma lista"},
+        {"{" + kG + R"(, "Dmc": "2026-04/12", "Data": "2026-04-30", "Item": [{"Quantidade": "1.5", "Valor": 3}]})",
+         std::nullopt, ""},
+        {"{" + kG + R"(, "Dmc": "2026-13/1"})", "Dmc", "valor inválido"},
+        {"{" + kG + R"(, "Dmc": "", "Data": ""})", std::nullopt, ""},
+        {"{" + kG + R"(, "Data": "30/04/2026"})", "Data", "AAAA-MM-DD"},
+        {"{" + kG + R"(, "Item": [{"Valor": "1.23456"}]})", "Item[0].Valor", "quatro casas"},
         // Unknown members: the first one, after every field's own error.
         {"{" + kP + R"(, "Cor": 1, "Tom": 2})", "Cor", "campo desconhecido"},
         {R"({"Cor": 1, )" + kP + R"(, "Codigo": 5})", "Codigo", "esperava um texto"},
