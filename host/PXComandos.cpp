@@ -24,6 +24,7 @@
 #include "host/PXComandosAdicionais.h"
 #include "host/PXDadosEmbutidos.h"
 #include "host/PXLeituraJson.h"
+#include "host/PXLeituraRegistros.h"
 #include "host/PXPermissoesHost.h"
 #include "host/PXTabelaMensagens.h"
 #include "host/PXTiposHost.h"
@@ -718,22 +719,20 @@ void LeRegistros(std::istream& entrada, const CPXLimitesJson& limites, FilaImpor
     Entrada fonte("-", entrada);
     LeitorLinhas leitor(fonte, limites.linha);
     std::vector<RegistroLido> lote;
-    const IPXTipoHost* ultimo = nullptr;  // lines of one type usually come together
+    CPXLeitorRegistrosJson registros(limites);
     std::string_view l;
     try {
         while (leitor.Proxima(l)) {
             const long numero = leitor.Numero();
             if (l.find_first_not_of(" \t\r") == std::string_view::npos) continue;
-            const Json j = ParseJson(l, numero, limites);
-            if (!j.is_object()) Erro("esperava um objeto JSON", numero);
-            auto t = j.find("type");
-            if (t == j.end() || !t->is_string()) Erro("falta o tipo do registro", numero, "type");
-            const std::string& nome = t->get_ref<const std::string&>();
-            const IPXTipoHost* tipo = ultimo && nome == ultimo->Nome() ? ultimo : PXBuscaTipoHost(nome);
-            if (!tipo || nome != tipo->Nome())
-                Erro("tipo de registro desconhecido \"" + pxjson::Trecho(nome) + "\"", numero, "type");
-            ultimo = tipo;
-            lote.push_back({tipo, Registro(*tipo, j, numero), numero});
+            const IPXTipoHost* tipo = nullptr;
+            std::unique_ptr<TQZBaseParaDados> reg;
+            try {
+                reg = registros.Le(l, numero, tipo);
+            } catch (const CPXErroLeituraJson& e) {
+                Erro(e.what(), e.Linha(), e.Campo());
+            }
+            lote.push_back({tipo, std::move(reg), numero});
             if (lote.size() == FilaImportacao::kLote) {
                 if (!fila.Entrega(std::move(lote))) return;
                 lote.clear();

@@ -28,8 +28,9 @@ std::string Cp(std::string_view utf8) {
 
 // A JSON value for a message: scalars as written (a number's text is short),
 // texts cut, containers by kind only.
+std::string DescreveTexto(const std::string& s) { return "\"" + Trecho(s) + "\""; }
 std::string Descreve(const Json& j) {
-    if (j.is_string()) return "\"" + Trecho(j.get_ref<const std::string&>()) + "\"";
+    if (j.is_string()) return DescreveTexto(j.get_ref<const std::string&>());
     if (j.is_array()) return "uma lista";
     if (j.is_object()) return "um objeto";
     return j.dump();
@@ -174,6 +175,14 @@ int64_t Inteiro(const Json& j, int64_t minimo, uint64_t maximo, const std::strin
     Falha(campo, "esperava um número inteiro " + faixa + ", veio " + Descreve(j));
 }
 
+template <class T, class DeTexto>
+void DeForma(const std::string& s, T& v, const std::string& campo, const char* forma, DeTexto deTexto) {
+    if (s.empty())
+        v = T();
+    else if (!deTexto(s, v))
+        Falha(campo, "valor inválido " + DescreveTexto(s) + ": esperava " + forma);
+}
+
 // A value written in its calendar form, as "" when empty, or as its packed
 // integer when it has no calendar form. `deInteiro` and `deTexto` answer
 // false on a value out of range or a text not in the form.
@@ -186,10 +195,8 @@ void DeFormaOuInteiro(const Json& j, T& v, const std::string& campo, const char*
         if (!deInteiro(inteiro, v)) Falha(campo, "o valor " + Descreve(j) + " está fora da faixa");
     } else if (!j.is_string()) {
         Falha(campo, std::string("esperava o texto ") + forma + " (ou o valor inteiro gravado)");
-    } else if (j.get_ref<const std::string&>().empty()) {
-        v = T();
-    } else if (!deTexto(j.get_ref<const std::string&>(), v)) {
-        Falha(campo, "valor inválido " + Descreve(j) + ": esperava " + forma);
+    } else {
+        DeForma(j.get_ref<const std::string&>(), v, campo, forma, deTexto);
     }
 }
 
@@ -211,7 +218,15 @@ Json Texto(const CString& v) {
 
 void De(const Json& j, CString& v, const std::string& campo) {
     if (!j.is_string()) Falha(campo, "esperava um texto, veio " + Descreve(j));
-    const std::string& utf8 = j.get_ref<const std::string&>();
+    DeTexto(j.get_ref<const std::string&>(), v, campo);
+}
+
+void DeTexto(const std::string& utf8, CString& v, const std::string& campo) {
+    // ASCII is the same text in both encodings.
+    if (std::all_of(utf8.begin(), utf8.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+        v = CString(utf8);
+        return;
+    }
     std::string cp1252;
     if (!QZUtf8ParaCp1252(utf8, cp1252)) {
         // Name the first character that has no form.
@@ -255,11 +270,17 @@ void De(const Json& j, CQZMoeda& v, const std::string& campo) {
         v = CQZMoeda::DeInteiro(inteiro);
         return;
     }
-    const ResultadoLeitura r =
-        j.is_string() ? LeMoeda(j.get_ref<const std::string&>(), v) : ResultadoLeitura::ForaDaForma;
-    if (r == ResultadoLeitura::ForaDaForma)
+    if (!j.is_string())
         Falha(campo, "esperava um valor decimal em texto com até quatro casas, como \"12.5\", veio " + Descreve(j));
-    if (r == ResultadoLeitura::ForaDaFaixa) Falha(campo, "o valor " + Descreve(j) + " excede a faixa da moeda");
+    DeTexto(j.get_ref<const std::string&>(), v, campo);
+}
+
+void DeTexto(const std::string& s, CQZMoeda& v, const std::string& campo) {
+    const ResultadoLeitura r = LeMoeda(s, v);
+    if (r == ResultadoLeitura::ForaDaForma)
+        Falha(campo,
+              "esperava um valor decimal em texto com até quatro casas, como \"12.5\", veio " + DescreveTexto(s));
+    if (r == ResultadoLeitura::ForaDaFaixa) Falha(campo, "o valor " + DescreveTexto(s) + " excede a faixa da moeda");
 }
 
 Json Data(const REG_QZDMA& v) {
@@ -268,6 +289,10 @@ Json Data(const REG_QZDMA& v) {
     char texto[16];
     std::snprintf(texto, sizeof texto, "%04d-%02d-%02d", v.GetAno(), v.GetMes(), v.GetDia());
     return texto;
+}
+
+void DeTexto(const std::string& s, REG_QZDMA& v, const std::string& campo) {
+    DeForma(s, v, campo, "AAAA-MM-DD, um dia entre 0001-01-01 e 2870-12-31", LeData);
 }
 
 void De(const Json& j, REG_QZDMA& v, const std::string& campo) {
@@ -283,6 +308,10 @@ Json MesAno(const REG_QZMA& v) {
     char texto[16];
     std::snprintf(texto, sizeof texto, "%04u-%02u", static_cast<unsigned>(v.usAno), static_cast<unsigned>(v.usMes));
     return texto;
+}
+
+void DeTexto(const std::string& s, REG_QZMA& v, const std::string& campo) {
+    DeForma(s, v, campo, "AAAA-MM", LeMesAno);
 }
 
 void De(const Json& j, REG_QZMA& v, const std::string& campo) {
@@ -305,6 +334,10 @@ Json Carimbo(const REG_QZDMAHMSUTC& v) {
     return texto;
 }
 
+void DeTexto(const std::string& s, REG_QZDMAHMSUTC& v, const std::string& campo) {
+    DeForma(s, v, campo, "AAAA-MM-DDTHH:MM:SS+HH:MM, com o fuso em múltiplos de 15 minutos", LeCarimbo);
+}
+
 void De(const Json& j, REG_QZDMAHMSUTC& v, const std::string& campo) {
     DeFormaOuInteiro(
         j, v, campo, "AAAA-MM-DDTHH:MM:SS+HH:MM, com o fuso em múltiplos de 15 minutos",
@@ -315,6 +348,10 @@ Json ChaveMovimento(const REG_QZDMC& v) {
     if (v.GetValor() == 0) return "";
     if (!v.ma.EhValido() || v.ma.usAno > 9999) return v.GetValor();
     return MesAno(v.ma).get<std::string>() + "/" + std::to_string(v.ulNumero);
+}
+
+void DeTexto(const std::string& s, REG_QZDMC& v, const std::string& campo) {
+    DeForma(s, v, campo, "AAAA-MM/N", LeChaveMovimento);
 }
 
 void De(const Json& j, REG_QZDMC& v, const std::string& campo) {

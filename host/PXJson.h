@@ -50,6 +50,18 @@ namespace pxjson {
 
 using Json = nlohmann::ordered_json;
 
+// Takes the members of a JSON object one by one, as a reader meets them.
+class IPXMembrosJson {
+public:
+    virtual ~IPXMembrosJson() = default;
+    // The key of the next member: false when the object already has it.
+    virtual bool Chave(std::string_view chave) = 0;
+    // The value of the member whose key came last.
+    virtual void Valor(Json&& valor) = 0;
+    // The same, when it is a string: its contents, which stay the caller's.
+    virtual void Texto(const std::string& valor) { Valor(Json(valor)); }
+};
+
 // At most 80 characters of a UTF-8 text given by the user, in Windows-1252
 // (characters without a form there, and control characters, become '?'),
 // for quoting in a message: a value of any size never makes a message
@@ -86,6 +98,13 @@ Json ChaveMovimento(const REG_QZDMC& v);
 void De(const Json& j, REG_QZDMC& v, const std::string& campo);
 Json ChaveProduto(const _REG_POSICAO_PRODUTOPS& v);
 void De(const Json& j, _REG_POSICAO_PRODUTOPS& v, const std::string& campo);
+// The same, from a text already read (a JSON string's contents).
+void DeTexto(const std::string& utf8, CString& v, const std::string& campo);
+void DeTexto(const std::string& s, CQZMoeda& v, const std::string& campo);
+void DeTexto(const std::string& s, REG_QZDMA& v, const std::string& campo);
+void DeTexto(const std::string& s, REG_QZMA& v, const std::string& campo);
+void DeTexto(const std::string& s, REG_QZDMAHMSUTC& v, const std::string& campo);
+void DeTexto(const std::string& s, REG_QZDMC& v, const std::string& campo);
 // Integers of any width, checked against [minimo, maximo].
 int64_t Inteiro(const Json& j, int64_t minimo, uint64_t maximo, const std::string& campo, uint64_t* semSinal);
 [[noreturn]] void Falha(const std::string& campo, const std::string& motivo);
@@ -193,6 +212,20 @@ Json Valor(const T& v) {
 }
 
 template <class T>
+void DeValor(const Json& j, T& v, const std::string& campo);
+
+// A JSON string's contents into a field: as DeValor of that string, without
+// making it a JSON value for the forms that are texts.
+template <class T>
+void DeValorTexto(const std::string& s, T& v, const std::string& campo) {
+    if constexpr (std::is_same_v<T, CString> || std::is_same_v<T, CQZMoeda> || std::is_same_v<T, REG_QZDMA> ||
+                  std::is_same_v<T, REG_QZMA> || std::is_same_v<T, REG_QZDMAHMSUTC> || std::is_same_v<T, REG_QZDMC>)
+        DeTexto(s, v, campo);
+    else
+        DeValor(Json(s), v, campo);
+}
+
+template <class T>
 void DeValor(const Json& j, T& v, const std::string& campo) {
     if constexpr (std::is_same_v<T, bool>) {
         if (!j.is_boolean()) Falha(campo, "esperava true ou false");
@@ -244,3 +277,185 @@ void PXRegistroDeJson(const nlohmann::ordered_json& j, R& r) {
     }
     pxjson::DeCampos(j, r, "", aceitos);
 }
+
+// Fills a record from the members of its JSON object as a reader hands them
+// over, without the object's tree, with PXRegistroDeJson's checks and
+// messages. A bad value does not stop the reading (a broken line further on
+// is told first); Termina then throws the error PXRegistroDeJson would: the
+// type, the position, the first bad field in the record's order, and only
+// then the first unknown member.
+class IPXRegistroMembros : public pxjson::IPXMembrosJson {
+public:
+    // Starts on `r`, a new record of the type.
+    virtual void Inicia(TQZBaseParaDados& r) = 0;
+    // Throws CPXErroJson when a member was refused.
+    virtual void Termina() = 0;
+};
+
+template <class R>
+class CPXRegistroMembros final : public IPXRegistroMembros {
+public:
+    void Inicia(TQZBaseParaDados& r) override {
+        m_reg = &static_cast<R&>(r);
+        m_enderecos.clear();
+        Enderecos e{m_enderecos};
+        m_reg->VisitaCampos(e);
+        m_vistos.assign(kPrimeiroCampo + Campos().size(), false);
+        m_desconhecidos.clear();
+        m_temErro = false;
+        m_atual = kIgnorado;
+    }
+
+    bool Chave(std::string_view chave) override {
+        const size_t i = Indice(chave);
+        if (i == kIgnorado) {
+            for (const std::string& d : m_desconhecidos)
+                if (d == chave) return false;
+            m_desconhecidos.emplace_back(chave);
+            if (!m_temErro) Registra(kIgnorado, pxjson::Trecho(chave), "campo desconhecido");
+        } else {
+            if (m_vistos[i]) return false;
+            m_vistos[i] = true;
+            m_proximo = i + 1;
+        }
+        m_atual = i;
+        return true;
+    }
+
+    void Valor(pxjson::Json&& v) override {
+        // Past the first error in the record's order nothing more is told.
+        if (m_atual == kIgnorado || (m_temErro && m_ordemErro <= m_atual)) return;
+        try {
+            if (m_atual == kTipo) {
+                if (!v.is_string() || v.get_ref<const std::string&>() != R::kNomeTipo)
+                    pxjson::Falha("type", std::string("esperava \"") + R::kNomeTipo + "\"");
+            } else if (m_atual == kPosicao) {
+                if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_POSICAO) {
+                    uint32_t posicao = 0;
+                    pxjson::DeValor(v, posicao, "Posicao");
+                    m_reg->SetPosicao(posicao);
+                }
+            } else {
+                const CampoLido& c = Campos()[m_atual - kPrimeiroCampo];
+                c.converte(v, m_enderecos[m_atual - kPrimeiroCampo], c.nome);
+            }
+        } catch (const CPXErroJson& e) {
+            Registra(m_atual, e.Campo(), e.what());
+        }
+    }
+
+    void Texto(const std::string& v) override {
+        if (m_atual < kPrimeiroCampo || m_atual == kIgnorado || (m_temErro && m_ordemErro <= m_atual))
+            return IPXRegistroMembros::Texto(v);
+        const CampoLido& c = Campos()[m_atual - kPrimeiroCampo];
+        try {
+            c.converteTexto(v, m_enderecos[m_atual - kPrimeiroCampo], c.nome);
+        } catch (const CPXErroJson& e) {
+            Registra(m_atual, e.Campo(), e.what());
+        }
+    }
+
+    void Termina() override {
+        if (m_temErro) throw CPXErroJson(m_campoErro, m_motivoErro);
+    }
+
+private:
+    using Conversor = void (*)(const pxjson::Json&, void*, const std::string&);
+    using ConversorTexto = void (*)(const std::string&, void*, const std::string&);
+    struct CampoLido {
+        std::string nome;
+        Conversor converte;
+        ConversorTexto converteTexto;
+    };
+    // Members in the order their errors go: the type, the position, the
+    // fields as declared; kIgnorado, an unknown member, last.
+    static constexpr size_t kTipo = 0, kPosicao = 1, kPrimeiroCampo = 2;
+    static constexpr size_t kIgnorado = std::numeric_limits<size_t>::max();
+
+    template <class T>
+    static void ConverteCampo(const pxjson::Json& j, void* v, const std::string& nome) {
+        pxjson::DeValor(j, *static_cast<T*>(v), nome);
+    }
+    template <class T>
+    static void ConverteTexto(const std::string& s, void* v, const std::string& nome) {
+        pxjson::DeValorTexto(s, *static_cast<T*>(v), nome);
+    }
+    static void ListaDeTexto(const std::string&, void*, const std::string& nome) {
+        pxjson::Falha(nome, "esperava uma lista (array JSON)");
+    }
+    template <class E>
+    static void ConverteLista(const pxjson::Json& j, void* v, const std::string& nome) {
+        auto& l = *static_cast<std::vector<E>*>(v);
+        l.clear();
+        if (!j.is_array()) pxjson::Falha(nome, "esperava uma lista (array JSON)");
+        for (size_t i = 0; i < j.size(); ++i) {
+            E e;
+            pxjson::DeValor(j[i], e, nome + "[" + std::to_string(i) + "]");
+            l.push_back(std::move(e));
+        }
+    }
+    struct Tabela {
+        std::vector<CampoLido> campos;
+        template <class T>
+        void Campo(const char* nome, T&, unsigned) {
+            campos.push_back({nome, &ConverteCampo<T>, &ConverteTexto<T>});
+        }
+        template <class E>
+        void Lista(const char* nome, std::vector<E>&) {
+            campos.push_back({nome, &ConverteLista<E>, &ListaDeTexto});
+        }
+    };
+    struct Enderecos {
+        std::vector<void*>& v;
+        template <class T>
+        void Campo(const char*, T& campo, unsigned) {
+            v.push_back(&campo);
+        }
+        template <class E>
+        void Lista(const char*, std::vector<E>& l) {
+            v.push_back(&l);
+        }
+    };
+    // The fields of the type, from its declaration, once.
+    static const std::vector<CampoLido>& Campos() {
+        static const std::vector<CampoLido> campos = [] {
+            Tabela t;
+            R modelo;
+            modelo.VisitaCampos(t);
+            return std::move(t.campos);
+        }();
+        return campos;
+    }
+
+    size_t Indice(std::string_view chave) {
+        if (chave == "type") return kTipo;
+        if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_POSICAO)
+            if (chave == "Posicao") return kPosicao;
+        // Members usually come in the record's order: the search starts
+        // after the last one found.
+        const auto& campos = Campos();
+        const size_t n = campos.size();
+        for (size_t k = 0; k < n; ++k) {
+            size_t i = (m_proximo >= kPrimeiroCampo ? m_proximo - kPrimeiroCampo : 0) + k;
+            if (i >= n) i -= n;
+            if (campos[i].nome == chave) return kPrimeiroCampo + i;
+        }
+        return kIgnorado;
+    }
+
+    void Registra(size_t ordem, std::string campo, std::string motivo) {
+        m_temErro = true;
+        m_ordemErro = ordem;
+        m_campoErro = std::move(campo);
+        m_motivoErro = std::move(motivo);
+    }
+
+    R* m_reg = nullptr;
+    std::vector<void*> m_enderecos;
+    std::vector<bool> m_vistos;
+    std::vector<std::string> m_desconhecidos;
+    size_t m_atual = kIgnorado, m_proximo = kPrimeiroCampo;
+    bool m_temErro = false;
+    size_t m_ordemErro = 0;
+    std::string m_campoErro, m_motivoErro;
+};

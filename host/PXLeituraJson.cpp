@@ -152,16 +152,25 @@ std::string MotivoDaBiblioteca(const nlohmann::detail::exception& e, const std::
 
 // Builds the value from the library's events, and stops at the first thing
 // past the limits or not accepted, with the path of the member being read.
+// Given `membros`, an object at the root is not built: its members go there.
 class CConstrutor : public nlohmann::json_sax<Json> {
 public:
-    CConstrutor(const CPXLimitesJson& limites, Json& raiz) : m_limites(limites), m_raiz(raiz) {}
+    CConstrutor(const CPXLimitesJson& limites, Json& raiz, pxjson::IPXMembrosJson* membros = nullptr)
+        : m_limites(limites), m_raiz(raiz), m_membros(membros) {}
 
     bool null() override { return Escalar(nullptr); }
     bool boolean(bool v) override { return Escalar(v); }
     bool number_integer(number_integer_t v) override { return Escalar(v); }
     bool number_unsigned(number_unsigned_t v) override { return Escalar(v); }
     bool number_float(number_float_t v, const string_t&) override { return Escalar(v); }
-    bool string(string_t& v) override { return TextoAceito(v) && Escalar(std::move(v)); }
+    bool string(string_t& v) override {
+        if (!TextoAceito(v)) return false;
+        if (!MembroDaRaiz()) return Escalar(std::move(v));
+        // Handed over in place: the library's buffer keeps its room.
+        m_membros->Texto(v);
+        Concluido();
+        return true;
+    }
     bool binary(binary_t&) override { return Falha("valor binário, que JSON em texto não tem"); }
 
     bool start_object(std::size_t) override { return Abre(Json::object()); }
@@ -171,6 +180,15 @@ public:
 
     bool key(string_t& chave) override {
         Nivel& n = m_niveis.back();
+        if (MembroDaRaiz()) {
+            n.chave = chave;
+            if (!TextoAceito(*n.chave)) return false;
+            if (m_chavesRaiz >= m_limites.lista)
+                return Falha("objeto com mais de " + std::to_string(m_limites.lista) + " campos (--max-list)");
+            ++m_chavesRaiz;
+            if (!m_membros->Chave(*n.chave)) return Falha("campo repetido no objeto");
+            return true;
+        }
         n.chave = chave;
         if (!TextoAceito(chave)) return false;
         auto& membros = static_cast<Json::object_t::Container&>(n.valor->get_ref<Json::object_t&>());
@@ -257,8 +275,14 @@ private:
         return &lista.back();
     }
 
+    // Whether the parse is at a member of the root object handed over.
+    bool MembroDaRaiz() const { return m_membros && m_niveis.size() == 1 && m_niveis[0].valor->is_object(); }
+
     bool Escalar(Json&& v) {
-        if (!Coloca(std::move(v))) return false;
+        if (MembroDaRaiz())
+            m_membros->Valor(std::move(v));
+        else if (!Coloca(std::move(v)))
+            return false;
         Concluido();
         return true;
     }
@@ -277,7 +301,14 @@ private:
                 m_niveis.back().indice = m_niveis.back().valor->size();
             return Falha("valores aninhados em mais de " + std::to_string(CPXLimitesJson::kProfundidade) + " níveis");
         }
-        Json* valor = Coloca(std::move(vazio));
+        Json* valor = nullptr;
+        if (MembroDaRaiz()) {
+            // A member's list or object is built alone, and handed over whole.
+            m_membroRaiz = std::move(vazio);
+            valor = &m_membroRaiz;
+        } else {
+            valor = Coloca(std::move(vazio));
+        }
         if (!valor) return false;
         m_niveis.push_back(Nivel{valor, std::nullopt, std::string::npos, {}});
         return true;
@@ -285,6 +316,7 @@ private:
 
     bool Fecha() {
         m_niveis.pop_back();
+        if (MembroDaRaiz()) m_membros->Valor(std::move(m_membroRaiz));
         Concluido();
         return true;
     }
@@ -308,6 +340,9 @@ private:
     Json& m_raiz;
     std::vector<Nivel> m_niveis;
     Json* m_membro = nullptr;
+    pxjson::IPXMembrosJson* m_membros;
+    size_t m_chavesRaiz = 0;
+    Json m_membroRaiz;
     std::optional<Erro> m_erro;
 };
 
@@ -333,9 +368,8 @@ std::pair<long, size_t> LinhaColuna(std::string_view texto, size_t posicao, long
     throw CPXErroLeituraJson(campo, motivo + " (coluna " + std::to_string(coluna) + ")", linha);
 }
 
-}  // namespace
-
-Json PXLeJson(std::string_view texto, const CPXLimitesJson& limites, long primeiraLinha) {
+void Le(std::string_view texto, const CPXLimitesJson& limites, long primeiraLinha, Json& raiz,
+        pxjson::IPXMembrosJson* membros) {
     if (texto.size() > limites.linha)
         throw CPXErroLeituraJson({},
                                  "registro de " + std::to_string(texto.size()) + " bytes, além do limite de " +
@@ -346,11 +380,10 @@ Json PXLeJson(std::string_view texto, const CPXLimitesJson& limites, long primei
     if (const size_t nulo = texto.find('\0'); nulo != std::string_view::npos)
         Lanca(texto, primeiraLinha, {}, "byte nulo (0x00) na entrada, que não é texto JSON", nulo);
 
-    Json raiz;
-    CConstrutor construtor(limites, raiz);
+    CConstrutor construtor(limites, raiz, membros);
     const char* lido = texto.data();
     CCursor inicio(texto.data(), &lido), fim(texto.data() + texto.size(), &lido);
-    if (Json::sax_parse(inicio, fim, &construtor, nlohmann::detail::input_format_t::json, true, false)) return raiz;
+    if (Json::sax_parse(inicio, fim, &construtor, nlohmann::detail::input_format_t::json, true, false)) return;
     const auto& erro = construtor.ErroEncontrado();
     if (!erro) Lanca(texto, primeiraLinha, {}, "JSON malformado", static_cast<size_t>(lido - texto.data()));
     // The library counts the character it stopped at; the cursor is past
@@ -358,4 +391,19 @@ Json PXLeJson(std::string_view texto, const CPXLimitesJson& limites, long primei
     const size_t posicao = erro->daBiblioteca ? (erro->lidos > 0 ? erro->lidos - 1 : 0)
                                               : static_cast<size_t>(lido - texto.data()) - (lido > texto.data());
     Lanca(texto, primeiraLinha, erro->campo, erro->motivo, posicao);
+}
+
+}  // namespace
+
+Json PXLeJson(std::string_view texto, const CPXLimitesJson& limites, long primeiraLinha) {
+    Json raiz;
+    Le(texto, limites, primeiraLinha, raiz, nullptr);
+    return raiz;
+}
+
+bool PXLeJsonMembros(std::string_view texto, const CPXLimitesJson& limites, long primeiraLinha,
+                     pxjson::IPXMembrosJson& membros) {
+    Json raiz;
+    Le(texto, limites, primeiraLinha, raiz, &membros);
+    return raiz.is_object();
 }

@@ -44,3 +44,10 @@ private:
 // Parses the one JSON value of `texto` (UTF-8). `primeiraLinha` is the line
 // of the input where `texto` starts, for the error. Throws CPXErroLeituraJson.
 pxjson::Json PXLeJson(std::string_view texto, const CPXLimitesJson& limites, long primeiraLinha = 1);
+
+// The same reading, with the same checks and errors, without the tree of an
+// object at the root: each of its members goes to `membros` as soon as it is
+// read (a scalar as it comes, a list or object once whole). True when the
+// root was an object; false when it was another value, which is dropped.
+bool PXLeJsonMembros(std::string_view texto, const CPXLimitesJson& limites, long primeiraLinha,
+                     pxjson::IPXMembrosJson& membros);

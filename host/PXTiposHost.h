@@ -18,6 +18,8 @@ public:
     // JSON <-> record. DeJson throws CPXErroJson.
     virtual void DeJson(const nlohmann::ordered_json& j, TQZBaseParaDados& r) const = 0;
     virtual nlohmann::ordered_json ParaJson(const TQZBaseParaDados& r) const = 0;
+    // A reader of the type's records straight from a reader's members (import).
+    virtual std::unique_ptr<IPXRegistroMembros> LeitorMembros() const = 0;
     // The stored record a record names (its position or movement key; 0 for
     // a new one, and for one-record tables), and the field that names it.
     virtual int64_t ChaveInformada(const TQZBaseParaDados& r) const = 0;
@@ -45,6 +47,9 @@ public:
     }
     nlohmann::ordered_json ParaJson(const TQZBaseParaDados& r) const override {
         return PXRegistroParaJson(Base::Tipado(r));
+    }
+    std::unique_ptr<IPXRegistroMembros> LeitorMembros() const override {
+        return std::make_unique<CPXRegistroMembros<R>>();
     }
     int64_t ChaveInformada(const TQZBaseParaDados& r) const override {
         if constexpr (QZTipoChaveDe<R>() == QZ_CHAVE_POSICAO) {
