@@ -25,10 +25,12 @@
 #include "host/PXDadosEmbutidos.h"
 #include "host/PXLeituraJson.h"
 #include "host/PXPermissoesHost.h"
+#include "host/PXReferencias.h"
 #include "host/PXTabelaMensagens.h"
 #include "host/PXTiposHost.h"
 #include "permissions/PXControlePermissoes.h"
 #include "platform/QZCodigosResultado.h"
+#include "platform/QZRelogio.h"
 #include "servico/PXServicoRegistros.h"
 #include "servico/PXSugestoesManutencao.h"
 #include "store/QZFabricaArmazemSQL.h"
@@ -81,6 +83,7 @@ struct Opcoes {
     int usuario = 1;
     int tipoPermissao = 0;
     bool demo = false;
+    std::string diaDemo;  // init --demo --at: the day the demo is placed around
     bool simulacao = false;
     uint32_t situacao = 0;
     bool tarefas = false;
@@ -195,7 +198,7 @@ private:
 // be a regular file (a folder opens, and reads as empty).
 class Entrada {
 public:
-    Entrada(const std::string& arquivo, std::istream& padrao) : m_nome(arquivo == "-" ? "a entrada padrão" : arquivo) {
+    Entrada(const std::string& arquivo, std::istream& padrao) : m_nome(arquivo == "-" ? "a entrada padrão" : "o arquivo " + arquivo) {
         if (arquivo == "-") {
             m_in = &padrao;
             return;
@@ -208,6 +211,9 @@ public:
         if (!m_arquivo) Erro("não foi possível ler o arquivo " + arquivo + ".");
         m_in = &m_arquivo;
     }
+    // A stream already open, named as messages should name it.
+    Entrada(std::istream& fluxo, std::string nome) : m_nome(std::move(nome)), m_in(&fluxo) {}
+    const std::string& Nome() const { return m_nome; }
     std::istream& Fluxo() { return *m_in; }
     // Fills `bloco`; false at the end. A read error is an error, not the end.
     bool Le(char* bloco, size_t tamanho, size_t& lidos) {
@@ -348,6 +354,10 @@ int Init(const Opcoes& o, Saida& s) {
     const std::string& caminho = CaminhoArmazem(o.armazem);
     // Named without its password, when it is a URL.
     const std::string nome = servidor ? qzsql::NomeUrlPostgres(o.armazem) : caminho;
+    // The demo's periods, orders and due alerts are placed around this day.
+    REG_QZDMA hoje = CQZRelogioSistema::Instancia().Agora().GetData();
+    if (!o.diaDemo.empty() && !pxjson::LeData(o.diaDemo, hoje))
+        Erro("data inválida em --at: \"" + pxjson::Trecho(o.diaDemo) + "\"; use AAAA-MM-DD.");
     struct stat criado {};
     if (servidor) {
         if (CQZArmazemSQL(o.armazem, QZ_ABRE_EXISTENTE, o.esperaMs).EstaAberto())
@@ -377,7 +387,7 @@ int Init(const Opcoes& o, Saida& s) {
     size_t registros = 0;
     try {
         Sessao sessao(o, QZ_ABRE_OU_CRIA);
-        if (o.demo) registros = PXImportaJsonLinhas(sessao.Armazem(), PXTextoDemo());
+        if (o.demo) registros = PXImportaJsonLinhas(sessao.Armazem(), PXTextoDemoEm(hoje));
         // The demo's template and outbox are folders beside a store file.
         if (o.demo && !servidor) PXPreparaDemoAlertas(sessao.Armazem(), caminho);
     } catch (...) {
@@ -399,7 +409,7 @@ int Init(const Opcoes& o, Saida& s) {
 int Import(const Opcoes& o, std::istream& padrao, Saida& s) {
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
     Entrada entrada(o.arquivo, padrao);
-    const size_t registros = PXImportaJsonLinhas(sessao.Armazem(), entrada.Fluxo(), o.limites);
+    const size_t registros = PXImportaJsonLinhas(sessao.Armazem(), entrada.Fluxo(), o.limites, entrada.Nome());
     s.Objeto()["records"] = registros;
     s.Linha(std::to_string(registros) + " registros importados");
     return kSaidaOk;
@@ -503,6 +513,7 @@ int Save(const Opcoes& o, std::istream& entrada, Saida& s) {
                  0, tipo.CampoChave());
         if (hr != 0) Erro(TextoServico(sessao.Armazem().GetErro()));
     }
+    PXConfereReferencias(sessao.Armazem(), tipo, *reg);
     const EPXAcaoRegistro acao = tipo.ChaveInformada(*reg) ? EPXAcaoRegistro::ALTERAR : EPXAcaoRegistro::INCLUIR;
     if (RecusaSemPermissao(sessao, o, tipo, acao, s)) return kSaidaRecusado;
 
@@ -714,8 +725,8 @@ private:
 };
 
 // The reader stage: every line of the input into records, in batches.
-void LeRegistros(std::istream& entrada, const CPXLimitesJson& limites, FilaImportacao& fila) {
-    Entrada fonte("-", entrada);
+void LeRegistros(std::istream& entrada, const std::string& nome, const CPXLimitesJson& limites, FilaImportacao& fila) {
+    Entrada fonte(entrada, nome);
     LeitorLinhas leitor(fonte, limites.linha);
     std::vector<RegistroLido> lote;
     const IPXTipoHost* ultimo = nullptr;  // lines of one type usually come together
@@ -751,7 +762,8 @@ void LeRegistros(std::istream& entrada, const CPXLimitesJson& limites, FilaImpor
 
 }  // namespace
 
-size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::istream& entrada, const CPXLimitesJson& limites) {
+size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::istream& entrada, const CPXLimitesJson& limites,
+                           const std::string& nome) {
     size_t registros = 0;
     long linhaFalha = 0;
     // All or nothing in one transaction; memory stays that of a few batches.
@@ -759,7 +771,7 @@ size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::istream& entrada, const 
         FilaImportacao fila;
         std::thread leitor([&] {
             try {
-                LeRegistros(entrada, limites, fila);
+                LeRegistros(entrada, nome, limites, fila);
                 fila.Termina(nullptr);
             } catch (...) {
                 fila.Termina(std::current_exception());
@@ -784,6 +796,7 @@ size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::istream& entrada, const 
                 ++registros;
             }
         }
+        PXConfereReferenciasImportadas(armazem);
         return 0;
     });
     if (hr != 0) Erro(TextoServico(armazem.GetErro()), linhaFalha);
@@ -910,7 +923,9 @@ int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, s
 
     auto* init = app.add_subcommand("init", U("cria um armazém"));
     init->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
-    init->add_flag("--demo", o.demo, U("preenche uma planta de demonstração"));
+    auto* demo = init->add_flag("--demo", o.demo, U("preenche uma planta de demonstração"));
+    init->add_option("--at", o.diaDemo, U("o dia em torno do qual a demonstração põe suas datas, AAAA-MM-DD (sem ele, hoje)"))
+        ->needs(demo);
 
     auto* import = app.add_subcommand("import", U("importa registros em JSON Lines: todos ou nenhum"));
     import->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
