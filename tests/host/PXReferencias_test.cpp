@@ -80,8 +80,7 @@ TEST_F(PXReferenciasTest, SaveRefusesAPointerNamingNoRecordAndWritesNothing) {
          "Disciplina[2].PonteiroDisciplina", u8"CQZDadosPX_Disciplina na posição 99"},
         // A technician of another branch's user, both of which exist.
         {"existentes", {{"PonteiroFilial", 2}, {"PonteiroUsuario", 1}}, "", u8""},
-        {"zeros não informam", {{"PonteiroFilial", 0}, {"Disciplina", Json::array({{{"PonteiroDisciplina", 0}}})}},
-         "", u8""},
+        {"zeros não informam", {{"Codigo", "T091"}, {"PonteiroPai", 0}, {"PonteiroFilial", 0}}, "", u8""},
     };
     for (const auto& c : casos) {
         SCOPED_TRACE(c.nome);
@@ -96,6 +95,12 @@ TEST_F(PXReferenciasTest, SaveRefusesAPointerNamingNoRecordAndWritesNothing) {
         EXPECT_NE(r.json()["error"]["text"].get<std::string>().find(U8(c.texto)), std::string::npos) << r.saida;
         EXPECT_EQ(Exporta(), antes);
     }
+    // A list entry of 0 is not informed either: the rules, not the
+    // reference check, answer it (exit 1).
+    auto r0 = Roda({"--json", "save", m_arquivo, "Tecnico", "-"},
+                   Tecnico({{"Disciplina", Json::array({{{"PonteiroDisciplina", 0}}})}}));
+    EXPECT_EQ(r0.codigo, 1) << r0.saida;
+    EXPECT_EQ(r0.json()["message"], 86);
     // In words too, the field and the value.
     auto r = Roda({"save", m_arquivo, "Tecnico", "-"}, Tecnico({{"PonteiroFilial", 77}}));
     EXPECT_EQ(r.codigo, 2);
