@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <charconv>
 #include <condition_variable>
 #include <deque>
@@ -152,6 +153,24 @@ const std::string& CaminhoArmazem(const std::string& caminho) {
     return caminho;
 }
 
+// The program's clock: the system's, or the moment PXLREG_AGORA names
+// ("YYYY-MM-DD", at 08:00, or a stamp "YYYY-MM-DDTHH:MM:SS-03:00"), so a
+// plant can be shown, and tested, on another day. Rules, stamps and the
+// demo read it.
+const IQZRelogio& RelogioHost() {
+    const char* agora = std::getenv("PXLREG_AGORA");
+    if (!agora || !*agora) return CQZRelogioSistema::Instancia();
+    REG_QZDMAHMSUTC momento;
+    REG_QZDMA dia;
+    if (pxjson::LeData(agora, dia))
+        momento = REG_QZDMAHMSUTC(dia, 8, 0, 0);
+    else if (!pxjson::LeCarimbo(agora, momento))
+        Erro("PXLREG_AGORA inválida: \"" + pxjson::Trecho(agora) + "\"; use AAAA-MM-DD ou AAAA-MM-DDTHH:MM:SS-03:00.");
+    static thread_local CQZRelogioFixo relogio;
+    relogio.Define(momento);
+    return relogio;
+}
+
 // A store opened for a command: its company registered with a factory of
 // connections to it (every routine object opens its own), and a connection
 // of the command's own for what it reads and writes outside the rules.
@@ -163,6 +182,9 @@ public:
         // The first connection creates the store when asked to.
         m_armazem = std::make_unique<CQZArmazemSQL>(o.armazem, modo, o.esperaMs);
         if (!m_armazem->EstaAberto()) Erro(TextoServico(m_armazem->GetErro()));
+        const IQZRelogio& relogio = RelogioHost();
+        m_armazem->DefineRelogio(&relogio);
+        m_fabrica->DefineRelogio(&relogio);
         // The terminal speaks UTF-8; the rules, Windows-1252.
         std::string empresa, erroEmpresa;
         if (!QZUtf8ParaCp1252(o.empresa, empresa, &erroEmpresa))
@@ -172,6 +194,7 @@ public:
         m_sessao.sessao = static_cast<uint32_t>(getpid());
         CQZServicosEmpresa servicos;
         servicos.pFabrica = m_fabrica;
+        servicos.pRelogio = &relogio;
         CQZRegistroServicos::Registra(m_sessao.empresa, servicos);
     }
     ~Sessao() { CQZRegistroServicos::Remove(m_sessao.empresa); }
@@ -355,7 +378,7 @@ int Init(const Opcoes& o, Saida& s) {
     // Named without its password, when it is a URL.
     const std::string nome = servidor ? qzsql::NomeUrlPostgres(o.armazem) : caminho;
     // The demo's periods, orders and due alerts are placed around this day.
-    REG_QZDMA hoje = CQZRelogioSistema::Instancia().Agora().GetData();
+    REG_QZDMA hoje = RelogioHost().Agora().GetData();
     if (!o.diaDemo.empty() && !pxjson::LeData(o.diaDemo, hoje))
         Erro("data inválida em --at: \"" + pxjson::Trecho(o.diaDemo) + "\"; use AAAA-MM-DD.");
     struct stat criado {};

@@ -43,8 +43,13 @@ protected:
         // A file store: the demo's alert template and outbox sit beside it.
         m_arquivo = ::testing::TempDir() + "pxlreg_demo_" + std::to_string(getpid()) + "_" + GetParam() + ".db";
         Limpa();
+        // The program's clock, for every command of the test.
+        ASSERT_EQ(0, setenv("PXLREG_AGORA", GetParam(), 1));
     }
-    void TearDown() override { Limpa(); }
+    void TearDown() override {
+        unsetenv("PXLREG_AGORA");
+        Limpa();
+    }
     void Limpa() {
         for (const char* s : {"", "-wal", "-shm"}) std::remove((m_arquivo + s).c_str());
         const std::string saida = m_arquivo + ".saida", modelos = m_arquivo + ".modelos";
@@ -66,13 +71,13 @@ protected:
 }  // namespace
 
 // A January (the story's months reach into the year before) and a day at a
-// month's end, years apart.
+// month's end, years apart: the clock is set to each (PXLREG_AGORA).
 INSTANTIATE_TEST_SUITE_P(DoisAnos, PXDemoTest, ::testing::Values("2029-01-15", "2041-08-31"));
 
 TEST_P(PXDemoTest, TheReadmesCommandsWorkOnTheDayTheDemoIsCreated) {
     REG_QZDMA hoje;
     ASSERT_TRUE(pxjson::LeData(GetParam(), hoje));
-    auto r = Roda({"init", "--demo", "--at", GetParam(), m_arquivo});
+    auto r = Roda({"init", "--demo", m_arquivo});
     ASSERT_EQ(r.codigo, 0) << r.erros;
 
     // A plan-driven order issued today is in the accounting period and is
@@ -101,7 +106,8 @@ TEST_P(PXDemoTest, TheReadmesCommandsWorkOnTheDayTheDemoIsCreated) {
     r = Roda({"--json", "alerts", "preview", m_arquivo, "--at", std::string(GetParam()) + " 10:00"});
     ASSERT_EQ(r.codigo, 0) << r.saida << r.erros;
     std::set<std::string> alertas;
-    for (const auto& a : r.json()["alerts"]) {
+    const Json previa = r.json();
+    for (const auto& a : previa["alerts"]) {
         alertas.insert(a["plan"].get<std::string>() + "/" + a["alert_plan"].get<std::string>() + "#" +
                        std::to_string(a["alert"].get<int>()));
         EXPECT_FALSE(a["due"].empty()) << a.dump();
