@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <charconv>
 #include <condition_variable>
 #include <deque>
@@ -26,10 +27,12 @@
 #include "host/PXLeituraJson.h"
 #include "host/PXLeituraRegistros.h"
 #include "host/PXPermissoesHost.h"
+#include "host/PXReferencias.h"
 #include "host/PXTabelaMensagens.h"
 #include "host/PXTiposHost.h"
 #include "permissions/PXControlePermissoes.h"
 #include "platform/QZCodigosResultado.h"
+#include "platform/QZRelogio.h"
 #include "servico/PXServicoRegistros.h"
 #include "servico/PXSugestoesManutencao.h"
 #include "store/QZFabricaArmazemSQL.h"
@@ -82,6 +85,7 @@ struct Opcoes {
     int usuario = 1;
     int tipoPermissao = 0;
     bool demo = false;
+    std::string diaDemo;  // init --demo --at: the day the demo is placed around
     bool simulacao = false;
     uint32_t situacao = 0;
     bool tarefas = false;
@@ -150,6 +154,24 @@ const std::string& CaminhoArmazem(const std::string& caminho) {
     return caminho;
 }
 
+// The program's clock: the system's, or the moment PXLREG_AGORA names
+// ("YYYY-MM-DD", at 08:00, or a stamp "YYYY-MM-DDTHH:MM:SS-03:00"), so a
+// plant can be shown, and tested, on another day. Rules, stamps and the
+// demo read it.
+const IQZRelogio& RelogioHost() {
+    const char* agora = std::getenv("PXLREG_AGORA");
+    if (!agora || !*agora) return CQZRelogioSistema::Instancia();
+    REG_QZDMAHMSUTC momento;
+    REG_QZDMA dia;
+    if (pxjson::LeData(agora, dia))
+        momento = REG_QZDMAHMSUTC(dia, 8, 0, 0);
+    else if (!pxjson::LeCarimbo(agora, momento))
+        Erro("PXLREG_AGORA inválida: \"" + pxjson::Trecho(agora) + "\"; use AAAA-MM-DD ou AAAA-MM-DDTHH:MM:SS-03:00.");
+    static thread_local CQZRelogioFixo relogio;
+    relogio.Define(momento);
+    return relogio;
+}
+
 // A store opened for a command: its company registered with a factory of
 // connections to it (every routine object opens its own), and a connection
 // of the command's own for what it reads and writes outside the rules.
@@ -161,6 +183,9 @@ public:
         // The first connection creates the store when asked to.
         m_armazem = std::make_unique<CQZArmazemSQL>(o.armazem, modo, o.esperaMs);
         if (!m_armazem->EstaAberto()) Erro(TextoServico(m_armazem->GetErro()));
+        const IQZRelogio& relogio = RelogioHost();
+        m_armazem->DefineRelogio(&relogio);
+        m_fabrica->DefineRelogio(&relogio);
         // The terminal speaks UTF-8; the rules, Windows-1252.
         std::string empresa, erroEmpresa;
         if (!QZUtf8ParaCp1252(o.empresa, empresa, &erroEmpresa))
@@ -170,6 +195,7 @@ public:
         m_sessao.sessao = static_cast<uint32_t>(getpid());
         CQZServicosEmpresa servicos;
         servicos.pFabrica = m_fabrica;
+        servicos.pRelogio = &relogio;
         CQZRegistroServicos::Registra(m_sessao.empresa, servicos);
     }
     ~Sessao() { CQZRegistroServicos::Remove(m_sessao.empresa); }
@@ -196,7 +222,7 @@ private:
 // be a regular file (a folder opens, and reads as empty).
 class Entrada {
 public:
-    Entrada(const std::string& arquivo, std::istream& padrao) : m_nome(arquivo == "-" ? "a entrada padrão" : arquivo) {
+    Entrada(const std::string& arquivo, std::istream& padrao) : m_nome(arquivo == "-" ? "a entrada padrão" : "o arquivo " + arquivo) {
         if (arquivo == "-") {
             m_in = &padrao;
             return;
@@ -209,6 +235,9 @@ public:
         if (!m_arquivo) Erro("não foi possível ler o arquivo " + arquivo + ".");
         m_in = &m_arquivo;
     }
+    // A stream already open, named as messages should name it.
+    Entrada(std::istream& fluxo, std::string nome) : m_nome(std::move(nome)), m_in(&fluxo) {}
+    const std::string& Nome() const { return m_nome; }
     std::istream& Fluxo() { return *m_in; }
     // Fills `bloco`; false at the end. A read error is an error, not the end.
     bool Le(char* bloco, size_t tamanho, size_t& lidos) {
@@ -349,6 +378,10 @@ int Init(const Opcoes& o, Saida& s) {
     const std::string& caminho = CaminhoArmazem(o.armazem);
     // Named without its password, when it is a URL.
     const std::string nome = servidor ? qzsql::NomeUrlPostgres(o.armazem) : caminho;
+    // The demo's periods, orders and due alerts are placed around this day.
+    REG_QZDMA hoje = RelogioHost().Agora().GetData();
+    if (!o.diaDemo.empty() && !pxjson::LeData(o.diaDemo, hoje))
+        Erro("data inválida em --at: \"" + pxjson::Trecho(o.diaDemo) + "\"; use AAAA-MM-DD.");
     struct stat criado {};
     if (servidor) {
         if (CQZArmazemSQL(o.armazem, QZ_ABRE_EXISTENTE, o.esperaMs).EstaAberto())
@@ -378,7 +411,7 @@ int Init(const Opcoes& o, Saida& s) {
     size_t registros = 0;
     try {
         Sessao sessao(o, QZ_ABRE_OU_CRIA);
-        if (o.demo) registros = PXImportaJsonLinhas(sessao.Armazem(), PXTextoDemo());
+        if (o.demo) registros = PXImportaJsonLinhas(sessao.Armazem(), PXTextoDemoEm(hoje));
         // The demo's template and outbox are folders beside a store file.
         if (o.demo && !servidor) PXPreparaDemoAlertas(sessao.Armazem(), caminho);
     } catch (...) {
@@ -400,7 +433,7 @@ int Init(const Opcoes& o, Saida& s) {
 int Import(const Opcoes& o, std::istream& padrao, Saida& s) {
     Sessao sessao(o, QZ_ABRE_EXISTENTE);
     Entrada entrada(o.arquivo, padrao);
-    const size_t registros = PXImportaJsonLinhas(sessao.Armazem(), entrada.Fluxo(), o.limites);
+    const size_t registros = PXImportaJsonLinhas(sessao.Armazem(), entrada.Fluxo(), o.limites, entrada.Nome());
     s.Objeto()["records"] = registros;
     s.Linha(std::to_string(registros) + " registros importados");
     return kSaidaOk;
@@ -504,6 +537,7 @@ int Save(const Opcoes& o, std::istream& entrada, Saida& s) {
                  0, tipo.CampoChave());
         if (hr != 0) Erro(TextoServico(sessao.Armazem().GetErro()));
     }
+    PXConfereReferencias(sessao.Armazem(), tipo, *reg);
     const EPXAcaoRegistro acao = tipo.ChaveInformada(*reg) ? EPXAcaoRegistro::ALTERAR : EPXAcaoRegistro::INCLUIR;
     if (RecusaSemPermissao(sessao, o, tipo, acao, s)) return kSaidaRecusado;
 
@@ -715,8 +749,8 @@ private:
 };
 
 // The reader stage: every line of the input into records, in batches.
-void LeRegistros(std::istream& entrada, const CPXLimitesJson& limites, FilaImportacao& fila) {
-    Entrada fonte("-", entrada);
+void LeRegistros(std::istream& entrada, const std::string& nome, const CPXLimitesJson& limites, FilaImportacao& fila) {
+    Entrada fonte(entrada, nome);
     LeitorLinhas leitor(fonte, limites.linha);
     std::vector<RegistroLido> lote;
     CPXLeitorRegistrosJson registros(limites);
@@ -750,7 +784,8 @@ void LeRegistros(std::istream& entrada, const CPXLimitesJson& limites, FilaImpor
 
 }  // namespace
 
-size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::istream& entrada, const CPXLimitesJson& limites) {
+size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::istream& entrada, const CPXLimitesJson& limites,
+                           const std::string& nome) {
     size_t registros = 0;
     long linhaFalha = 0;
     // All or nothing in one transaction; memory stays that of a few batches.
@@ -758,7 +793,7 @@ size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::istream& entrada, const 
         FilaImportacao fila;
         std::thread leitor([&] {
             try {
-                LeRegistros(entrada, limites, fila);
+                LeRegistros(entrada, nome, limites, fila);
                 fila.Termina(nullptr);
             } catch (...) {
                 fila.Termina(std::current_exception());
@@ -783,6 +818,7 @@ size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::istream& entrada, const 
                 ++registros;
             }
         }
+        PXConfereReferenciasImportadas(armazem);
         return 0;
     });
     if (hr != 0) Erro(TextoServico(armazem.GetErro()), linhaFalha);
@@ -909,7 +945,9 @@ int Comando(const std::vector<std::string>& argumentos, std::istream& entrada, s
 
     auto* init = app.add_subcommand("init", U("cria um armazém"));
     init->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();
-    init->add_flag("--demo", o.demo, U("preenche uma planta de demonstração"));
+    auto* demo = init->add_flag("--demo", o.demo, U("preenche uma planta de demonstração"));
+    init->add_option("--at", o.diaDemo, U("o dia em torno do qual a demonstração põe suas datas, AAAA-MM-DD (sem ele, hoje)"))
+        ->needs(demo);
 
     auto* import = app.add_subcommand("import", U("importa registros em JSON Lines: todos ou nenhum"));
     import->add_option("STORE", o.armazem, U("arquivo do armazém"))->required();

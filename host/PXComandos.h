@@ -21,9 +21,11 @@ class CQZArmazemSQL;
 // Loads JSON Lines records into the store in one transaction: every line
 // or none, each line within `limites`. The input is read and written line
 // by line, never held whole. Returns the number of records; on bad input
-// throws CPXErroEntrada naming the line and the field.
+// throws CPXErroEntrada naming the line and the field. `nome` names the
+// input in a read error's message.
 [[nodiscard]] size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::istream& entradaUtf8,
-                                         const CPXLimitesJson& limites = {});
+                                         const CPXLimitesJson& limites = {},
+                                         const std::string& nome = "a entrada padrão");
 [[nodiscard]] size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::string_view textoUtf8,
                                          const CPXLimitesJson& limites = {});
 

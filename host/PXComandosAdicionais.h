@@ -23,9 +23,16 @@ CPXComandoAdicional PXComandoAlertas(CLI::App& app);
 CPXComandoAdicional PXComandoDaemon(CLI::App& app);
 
 class CQZArmazemSQL;
+struct REG_QZDMA;
+// The demo plant's JSON Lines with its dates placed around `hoje`: the file
+// writes them relative to the day the demo is created, as ${D+3} (that day
+// plus 3 days, "YYYY-MM-DD"), ${M-2} (its month less 2, "YYYY-MM": a date
+// "${M-2}-16", a movement key "${M-2}/1") and ${A+10} (a year), so its
+// periods, orders and due alerts keep their places in any year. Throws
+// CPXErroEntrada.
+std::string PXTextoDemoEm(const REG_QZDMA& hoje);
 // After the demo plant is imported into the store at `caminhoArmazem`: its
-// alert template and outbox folder beside the store, and alerts due today.
-// Throws CPXErroEntrada.
+// alert template and outbox folder beside the store. Throws CPXErroEntrada.
 void PXPreparaDemoAlertas(CQZArmazemSQL& armazem, const std::string& caminhoArmazem);
 // check STORE: SQLite's integrity check of a store.
 CPXComandoAdicional PXComandoVerifica(CLI::App& app);

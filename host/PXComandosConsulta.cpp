@@ -10,6 +10,7 @@
 #include "host/PXTabelaMensagens.h"
 #include "host/PXTiposHost.h"
 #include "platform/CString.h"
+#include "platform/QZRelogio.h"
 
 namespace {
 
@@ -90,7 +91,7 @@ int Exemplo(bool json, const std::string& nome, std::ostream& saida, std::ostrea
     auto registro = tipo->Novo();
     const Json novo = tipo->ParaJson(*registro);
     // The demo's fullest record of the type: most of its lists filled.
-    std::istringstream demo{std::string(PXTextoDemo())};
+    std::istringstream demo{PXTextoDemoEm(CQZRelogioSistema::Instancia().Agora().GetData())};
     Json escolhido;
     size_t tamanho = 0;
     for (std::string linha; std::getline(demo, linha);) {

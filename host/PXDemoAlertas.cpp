@@ -1,14 +1,17 @@
-// The alerts of the demo plant, made real beside the store: the e-mail
-// template file, the outbox folder the company's account writes to, and the
-// next-maintenance dates that make the alerts due on the day the plant is
-// created.
+// The demo plant made real: its dates placed around the day it is created,
+// and beside the store the e-mail template file and the outbox folder the
+// company's account writes to.
 #include <climits>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sys/stat.h>
 
+#include <charconv>
+
 #include "host/PXComandos.h"
 #include "host/PXComandosAdicionais.h"
+#include "host/PXDadosEmbutidos.h"
 #include "store/QZArmazemSQL.h"
 
 namespace {
@@ -31,19 +34,6 @@ constexpr const char* kModeloDemo =
     "</table>\r\n"
     "<p>Enviado em QZ_DATA_HORA_ATUAL.</p>\r\n"
     "</body></html>\r\n";
-
-// Next maintenance of each demo link, in days from the day the plant is
-// created (resource position, plan position, days).
-struct DataDemo {
-    uint32_t recurso;
-    uint32_t plano;
-    int dias;
-};
-constexpr DataDemo kDatasDemo[] = {
-    {2, 2, 3},   // the injection press: due in 3 days, inside its 7-day warning
-    {4, 4, -2},  // the press: 2 days overdue
-    {4, 5, -5},  // its lubrication (alerts inherited from the press's plan): 5 days overdue
-};
 
 [[noreturn]] void Falha(const std::string& texto) { throw CPXErroEntrada{texto, 0, {}}; }
 
@@ -84,15 +74,6 @@ void PXPreparaDemoAlertas(CQZArmazemSQL& armazem, const std::string& caminhoArma
             if (mudou)
                 if (long r = armazem.Atualiza(plano)) return r;
         }
-        const REG_QZDMA hoje = CQZRelogioSistema::Instancia().Agora().GetData();
-        for (const auto& d : kDatasDemo) {
-            CQZDadosGT_Recurso recurso;
-            if (long r = armazem.LeRegistro(d.recurso, recurso)) return r;
-            for (int64_t i = 0; i < recurso.GetQuantidadePlanoManutencao(); ++i)
-                if (recurso.GetPlanoManutencao(i).GetPonteiroPlanoManutencao() == d.plano)
-                    recurso.GetRefPlanoManutencao(i).SetDataProximaManutencao(hoje.SomaDias(d.dias));
-            if (long r = armazem.Atualiza(recurso)) return r;
-        }
         // The company's account writes one .eml file per message beside the store.
         CQZDadosGT_ContaEmail conta;
         conta.SetTransporte(E_GT_TRANSPORTE_EMAIL_CAIXA_SAIDA)
@@ -102,4 +83,60 @@ void PXPreparaDemoAlertas(CQZArmazemSQL& armazem, const std::string& caminhoArma
         return armazem.Grava(conta);
     });
     if (hr != 0) Falha("não foi possível preparar os alertas da demonstração: " + armazem.GetErro().GetMensagem().str());
+}
+
+namespace {
+
+std::string DoisDigitos(int n) {
+    char texto[8];
+    std::snprintf(texto, sizeof texto, "%02d", n);
+    return texto;
+}
+
+std::string Ano(int ano) {
+    char texto[8];
+    std::snprintf(texto, sizeof texto, "%04d", ano);
+    return texto;
+}
+
+}  // namespace
+
+std::string PXTextoDemoEm(const REG_QZDMA& hoje) {
+    const std::string_view demo = PXTextoDemo();
+    std::string texto;
+    texto.reserve(demo.size());
+    size_t i = 0;
+    for (size_t p; (p = demo.find("${", i)) != std::string_view::npos;) {
+        texto.append(demo, i, p - i);
+        const size_t fim = demo.find('}', p);
+        const std::string_view marca = demo.substr(p, fim == std::string_view::npos ? 12 : fim + 1 - p);
+        // ${D+3}, ${M-2}, ${A+10}: a letter, a sign and a count of days,
+        // months or years.
+        int n = 0;
+        const bool forma = fim != std::string_view::npos && marca.size() >= 6 && (marca[3] == '+' || marca[3] == '-') &&
+                           std::from_chars(marca.data() + 4, marca.data() + marca.size() - 1, n).ptr ==
+                               marca.data() + marca.size() - 1;
+        const int sinal = forma && marca[3] == '-' ? -1 : 1;
+        REG_QZDMA data;
+        switch (forma ? marca[2] : '?') {
+            case 'D':
+                data = hoje.SomaDias(sinal * n);
+                texto += Ano(data.GetAno()) + "-" + DoisDigitos(data.GetMes()) + "-" + DoisDigitos(data.GetDia());
+                break;
+            case 'M':
+                data = hoje.SomaMeses(sinal * n);
+                texto += Ano(data.GetAno()) + "-" + DoisDigitos(data.GetMes());
+                break;
+            case 'A':
+                data = hoje.SomaAnos(sinal * n);
+                texto += Ano(data.GetAno());
+                break;
+            default:
+                Falha("marca de data inválida na planta de demonstração: " + std::string(marca));
+        }
+        if (!data.EhValida()) Falha("a planta de demonstração sai do calendário em " + std::string(marca));
+        i = fim + 1;
+    }
+    texto.append(demo, i, std::string_view::npos);
+    return texto;
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/PXJson.h"
+#include "host/PXReferencias.h"
 #include "servico/PXTipoRegistro.h"
 
 // What the command line adds to a record type: its JSON form.
@@ -24,6 +25,8 @@ public:
     // a new one, and for one-record tables), and the field that names it.
     virtual int64_t ChaveInformada(const TQZBaseParaDados& r) const = 0;
     virtual const char* CampoChave() const = 0;
+    // The non-zero pointers the record holds (QZ_REF fields, its lists' too).
+    virtual std::vector<CPXReferencia> Referencias(const TQZBaseParaDados& r) const = 0;
 };
 
 // The name of a record's key field (the position, unless it declares one).
@@ -60,6 +63,12 @@ public:
         } else {
             return 0;
         }
+    }
+    std::vector<CPXReferencia> Referencias(const TQZBaseParaDados& r) const override {
+        std::vector<CPXReferencia> referencias;
+        PXVisitanteReferencias v{referencias, {}};
+        Base::Tipado(r).VisitaCampos(v);
+        return referencias;
     }
     const char* CampoChave() const override {
         PXVisitanteNomeChave v;

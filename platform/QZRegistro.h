@@ -19,7 +19,10 @@
 // AdicionaNome(e), RemoveNome(i) and RemoveTodosNome; the element is itself a
 // declared record. Field options: QZ_IDX (searched: the store indexes it),
 // QZ_CARIMBO (last-update stamp, set by the store on save), QZ_CHAVE (the
-// record's key, for records not keyed by position).
+// record's key, for records not keyed by position), QZ_REF(Tipo) (a pointer:
+// the position of a record of type Tipo, 0 when none; combined as
+// QZ_IDX | QZ_REF(Tipo)). A pointer whose target the store does not hold, or
+// whose type another field decides, declares none and says why.
 //
 // A record keyed otherwise than by its position says so with
 //   static constexpr QZTipoChave kTipoChave = QZ_CHAVE_DMC;   // or QZ_CHAVE_UNICA
@@ -53,6 +56,39 @@ enum QZOpcaoCampo : unsigned {
 };
 
 enum QZTipoChave { QZ_CHAVE_POSICAO, QZ_CHAVE_DMC, QZ_CHAVE_UNICA };
+
+// The options of a field as its visitors see them: the QZ_* bits and, for a
+// pointer field, the record type it names by position (QZ_REF). Visitors
+// that only need the bits take them as unsigned.
+struct QZOpcoes {
+    unsigned bits = 0;
+    const char* alvo = nullptr;  // kNomeTipo of the record named; null when not a pointer
+    constexpr QZOpcoes(unsigned b = 0, const char* a = nullptr) : bits(b), alvo(a) {}
+    constexpr operator unsigned() const { return bits; }
+};
+
+// QZ_REF(CQZDadosGT_Filial): the field holds the position of a branch (0:
+// none). The type is named by text so a declaration may name a type
+// declared after it, its own included.
+template <size_t N>
+struct QZReferencia {
+    const char* alvo;
+};
+#define QZ_REF(Registro) (QZReferencia<sizeof(#Registro)>{#Registro})
+template <size_t N>
+constexpr QZOpcoes operator|(QZOpcaoCampo o, QZReferencia<N> r) {
+    return {static_cast<unsigned>(o), r.alvo};
+}
+template <size_t N>
+constexpr QZOpcoes operator|(QZReferencia<N> r, QZOpcaoCampo o) {
+    return o | r;
+}
+template <size_t N>
+constexpr QZOpcoes QZOpcoesDe(QZReferencia<N> r) {
+    return {0, r.alvo};
+}
+constexpr QZOpcoes QZOpcoesDe(QZOpcoes o) { return o; }
+constexpr QZOpcoes QZOpcoesDe(unsigned o) { return {o}; }
 
 template <class T>
 constexpr QZTipoChave QZTipoChaveDe() {
@@ -337,7 +373,7 @@ public:                                                                         
     void RemoveTodos##Nome() { m_lista##Nome.clear(); }                                              \
     const std::vector<E>& GetLista##Nome() const { return m_lista##Nome; }
 
-#define QZ_CAMPO_VISITA_(T, Nome, Opcoes) v.Campo(#Nome, m_##Nome, static_cast<unsigned>(Opcoes));
+#define QZ_CAMPO_VISITA_(T, Nome, Opcoes) v.Campo(#Nome, m_##Nome, QZOpcoesDe(Opcoes));
 #define QZ_LISTA_VISITA_(E, Nome) v.Lista(#Nome, m_lista##Nome);
 
 #define QZ_REGISTRO(Classe, CAMPOS)                                                          \

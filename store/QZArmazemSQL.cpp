@@ -224,6 +224,112 @@ long CQZArmazemSQL::LeVersaoEsquema(int64_t& versao) {
     });
 }
 
+namespace {
+
+const qzsql::Tabela* TabelaDeclarada(std::string_view nome) {
+    static const std::vector<const qzsql::Tabela*> tabelas = TabelasDeclaradas();
+    for (const qzsql::Tabela* t : tabelas)
+        if (t->nome == nome) return t;
+    return nullptr;
+}
+
+// A pointer column of a record's table or of one of its list tables, with
+// the tables from the record's down to the column's.
+struct ColunaReferencia {
+    std::vector<const qzsql::Tabela*> caminho;
+    const qzsql::Coluna* coluna;
+};
+
+void ColunasReferencia(std::vector<const qzsql::Tabela*>& caminho, std::vector<ColunaReferencia>& saida) {
+    const qzsql::Tabela& t = *caminho.back();
+    for (const auto& c : t.colunas)
+        if (c.alvo) saida.push_back({caminho, &c});
+    for (const auto& f : t.filhas) {
+        caminho.push_back(&f);
+        ColunasReferencia(caminho, saida);
+        caminho.pop_back();
+    }
+}
+
+// The rows of the column's table whose pointer names no row of the target:
+// the record's key, the entry of each list down to the column's (from 0),
+// and the value. The target is probed by its primary key.
+std::string SqlReferenciaPendente(const ColunaReferencia& r, const qzsql::Tabela& alvo) {
+    const size_t n = r.caminho.size() - 1;  // list levels
+    auto apelido = [](size_t i) { return "t" + std::to_string(i); };
+    const std::string col = apelido(n) + ".\"" + r.coluna->nome + "\"";
+    std::string campos = n == 0 ? apelido(0) + ".chave" : apelido(1) + ".pai";
+    for (size_t i = 1; i <= n; ++i) campos += ", " + apelido(i) + ".ordem";
+    std::string de = "\"" + r.caminho[n]->nome + "\" " + apelido(n);
+    for (size_t i = n; i > 1; --i)
+        de += " JOIN \"" + r.caminho[i - 1]->nome + "\" " + apelido(i - 1) + " ON " + apelido(i - 1) +
+              ".chave = " + apelido(i) + ".pai";
+    return "SELECT " + campos + ", " + col + " FROM " + de + " LEFT JOIN \"" + alvo.nome + "\" u ON u.chave = " +
+           col + " WHERE " + col + " <> 0 AND u.chave IS NULL LIMIT 1";
+}
+
+}  // namespace
+
+long CQZArmazemSQL::BuscaReferenciaPendente(std::optional<CQZReferenciaPendente>& achado) {
+    achado.reset();
+    return Despacha("BuscaReferenciaPendente", [&]() -> long {
+        static const std::vector<std::pair<ColunaReferencia, std::string>> consultas = [] {
+            std::vector<std::pair<ColunaReferencia, std::string>> lista;
+            for (const qzsql::Tabela* t : TabelasDeclaradas()) {
+                std::vector<const qzsql::Tabela*> caminho{t};
+                std::vector<ColunaReferencia> colunas;
+                ColunasReferencia(caminho, colunas);
+                for (auto& c : colunas) {
+                    const qzsql::Tabela* alvo = TabelaDeclarada(c.coluna->alvo);
+                    // A declaration naming a type the store does not hold is a
+                    // programming error, found by the first check.
+                    if (!alvo)
+                        throw qzsql::Falha{QZ_E_INESPERADO, 1,
+                                           std::string("QZ_REF(") + c.coluna->alvo + ") de " + t->nome +
+                                               " não nomeia um registro do armazém."};
+                    lista.emplace_back(c, SqlReferenciaPendente(c, *alvo));
+                }
+            }
+            return lista;
+        }();
+        for (const auto& [ref, sql] : consultas) {
+            qzsql::CQZComando c(m_banco, sql);
+            if (!c.Passo()) continue;
+            CQZReferenciaPendente p;
+            p.tipo = ref.caminho.front()->nome;
+            p.chave = c.Inteiro(0);
+            for (size_t i = 1; i < ref.caminho.size(); ++i) {
+                // A list table is named "<Classe>__<Lista>" (nested: "...__<Lista>__<Lista>").
+                const std::string& nome = ref.caminho[i]->nome;
+                const size_t p0 = ref.caminho[i - 1]->nome.size() + 2;
+                p.itens.push_back({nome.substr(p0), c.Inteiro(static_cast<int>(i)) + 1});
+            }
+            p.campo = ref.coluna->nome;
+            p.alvo = ref.coluna->alvo;
+            p.valor = c.Inteiro(static_cast<int>(ref.caminho.size()));
+            achado = std::move(p);
+            return 0;
+        }
+        return 0;
+    });
+}
+
+long CQZArmazemSQL::ExisteRegistro(std::string_view tipo, int64_t chave, bool& existe) {
+    existe = false;
+    return Despacha("ExisteRegistro", [&]() -> long {
+        const qzsql::Tabela* t = TabelaDeclarada(tipo);
+        if (!t) {
+            m_erro.SetErro(QZ_E_ARGUMENTO_INVALIDO, QZ_MODULO_CONEXAO, 1, "O armazém não guarda registros %s.",
+                           std::string(tipo).c_str());
+            return QZ_E_ARGUMENTO_INVALIDO;
+        }
+        qzsql::CQZComando c(m_banco, t->existe);
+        c.Liga(1, chave);
+        existe = c.Passo();
+        return 0;
+    });
+}
+
 int64_t CQZArmazemSQL::VersaoGravada() {
     if (!m_banco.Motor().ExisteTabela("QZ_Esquema")) return -1;
     qzsql::CQZComando c(m_banco, "SELECT COALESCE(MAX(versao), 0) FROM QZ_Esquema");

@@ -73,6 +73,7 @@ struct Coluna {
     bool texto = false;
     bool indexada = false;
     bool carimbo = false;
+    const char* alvo = nullptr;  // a pointer's target record type (QZ_REF)
 };
 
 // Table layout of one record type (or of one list of it).
@@ -137,12 +138,16 @@ void ColetaEsquema(Tabela& t);
 struct VisitanteEsquema {
     Tabela& t;
     template <class T>
-    void Campo(const char* nome, const T&, unsigned opcoes) {
+    void Campo(const char* nome, const T&, QZOpcoes opcoes) {
         if (opcoes & QZ_CHAVE) return;
+        // A pointer is one integer column, the target's key.
+        if (opcoes.alvo && (QZCodec<T>::N != 1 || std::is_same_v<T, CString>))
+            throw std::logic_error(std::string("o ponteiro ") + nome + " não é uma coluna inteira");
         for (int i = 0; i < QZCodec<T>::N; ++i) {
             if (opcoes & QZ_CARIMBO) t.carimbo = static_cast<int>(t.colunas.size());
             t.colunas.push_back({std::string(nome) + QZCodec<T>::kSufixos[static_cast<size_t>(i)],
-                                 std::is_same_v<T, CString>, (opcoes & QZ_IDX) != 0, (opcoes & QZ_CARIMBO) != 0});
+                                 std::is_same_v<T, CString>, (opcoes & QZ_IDX) != 0, (opcoes & QZ_CARIMBO) != 0,
+                                 opcoes.alvo});
         }
     }
     template <class E>
@@ -330,6 +335,27 @@ public:
     // makes, plain or of a classification (tree) view.
     template <class F>
     [[nodiscard]] long PlanoBusca(const F& filtro, bool classificacao, std::vector<std::string>& plano);
+
+    // A pointer (a field declared with QZ_REF) that names no stored record.
+    struct CQZReferenciaPendente {
+        std::string tipo;   // the record type that holds it
+        int64_t chave = 0;  // that record's key
+        struct Item {
+            std::string lista;
+            int64_t numero;  // the entry, from 1
+        };
+        std::vector<Item> itens;  // the list entries that hold it, outermost first; empty in the record itself
+        std::string campo;
+        std::string alvo;  // the record type it should name
+        int64_t valor = 0;
+    };
+    // The first pointer of any stored record, its lists' included, that
+    // names no record of its target type (0 names none and is never one).
+    // One query per table and pointer column, each a probe of the target's
+    // key per row: nothing is read record by record.
+    [[nodiscard]] long BuscaReferenciaPendente(std::optional<CQZReferenciaPendente>& achado);
+    // Whether a record of the type named `tipo` (its kNomeTipo) is stored at `chave`.
+    [[nodiscard]] long ExisteRegistro(std::string_view tipo, int64_t chave, bool& existe);
 
     // Runs fn (returning a long status) inside one BEGIN IMMEDIATE
     // transaction, committed when fn returns 0; inside an open transaction

@@ -104,6 +104,8 @@ enum _E_GT_SITUACAO_ENVIO_EMAIL : uint8_t {
 // The delivery log: one line per message handed to a transport, written by
 // the enterprise service as it sends. The server's reply is kept as text
 // (the SMTP answer, or the file an outbox wrote).
+// A log: it keeps the plan and technician it mailed after they are deleted,
+// so its pointers declare no reference.
 #define CAMPOS_GT_ENVIO_EMAIL(CAMPO, LISTA)      \
     CAMPO(REG_QZDMAHMSUTC, DmaHmsEnvio, QZ_IDX)  \
     CAMPO(uint32_t, PonteiroPlano, 0)            \

@@ -9,6 +9,8 @@
 
 #include "platform/QZRegistro.h"
 
+// The grades (PonteiroGrade1/2) are tables of the product register that this
+// store does not hold: no reference is declared.
 #define CAMPOS_GT_PRODUTO(CAMPO, LISTA)   \
     CAMPO(uint8_t, Kit, 0)                \
     CAMPO(uint16_t, PonteiroGrade1, 0)    \

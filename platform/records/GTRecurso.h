@@ -12,10 +12,10 @@
 // The link of a maintenance plan to a resource, with when the resource is
 // next due under it: a date, and the counter cycles left (negative when the
 // counter has run past the due point).
-#define CAMPOS_GT_RECURSO_PLANO_MANUTENCAO(CAMPO, LISTA) \
-    CAMPO(uint32_t, PonteiroPlanoManutencao, QZ_IDX)     \
-    CAMPO(uint8_t, Inativo, QZ_IDX)                      \
-    CAMPO(REG_QZDMA, DataProximaManutencao, 0)           \
+#define CAMPOS_GT_RECURSO_PLANO_MANUTENCAO(CAMPO, LISTA)                        \
+    CAMPO(uint32_t, PonteiroPlanoManutencao, QZ_IDX | QZ_REF(CQZDadosPX_Plano)) \
+    CAMPO(uint8_t, Inativo, QZ_IDX)                                             \
+    CAMPO(REG_QZDMA, DataProximaManutencao, 0)                                  \
     CAMPO(CQZMoeda, CiclosContadorProximaManutencao, 0)
 
 class CQZDadosGT_RecursoPlanoManutencao : public TQZBaseParaDados {
@@ -26,9 +26,11 @@ public:
 
 // A warranty the resource holds: the task an order did on it, until when
 // the work is under warranty, and that order.
-#define CAMPOS_GT_RECURSO_GARANTIA(CAMPO, LISTA) \
-    CAMPO(uint32_t, PonteiroTarefa, 0)           \
-    CAMPO(REG_QZDMA, DmaGarantia, 0)             \
+// DmcManutencao records the order that gave the warranty; that order may
+// have gone to an old month file since, so it declares no reference.
+#define CAMPOS_GT_RECURSO_GARANTIA(CAMPO, LISTA)               \
+    CAMPO(uint32_t, PonteiroTarefa, QZ_REF(CQZDadosPX_Tarefa)) \
+    CAMPO(REG_QZDMA, DmaGarantia, 0)                           \
     CAMPO(REG_QZDMC, DmcManutencao, 0)
 
 class CQZDadosGT_RecursoGarantia : public TQZBaseParaDados {
@@ -41,19 +43,21 @@ public:
 // is the one maintenance orders are opened for. The counter (hour meter,
 // odometer) has a unit of measure, a product unit ('P') or a service unit,
 // and a number of digits before it turns over.
-#define CAMPOS_GT_RECURSO(CAMPO, LISTA)                   \
-    CAMPO(CString, Codigo, 0)                             \
-    CAMPO(CString, Descricao, 0)                          \
-    CAMPO(uint8_t, TipoClassificacao, QZ_IDX)             \
-    CAMPO(uint8_t, Tipo, 0)                               \
-    CAMPO(uint32_t, PonteiroTipoRecurso, 0)               \
-    CAMPO(uint8_t, Inativo, 0)                            \
-    CAMPO(uint16_t, PonteiroFilial, 0)                    \
-    CAMPO(uint32_t, PonteiroUnidadeMedidaContador, 0)     \
-    CAMPO(uint8_t, UnidadeProdutoServico, 0)              \
-    CAMPO(uint16_t, NumeroDigitosContador, 0)             \
-    CAMPO(REG_QZDMAHMSUTC, DmaHmsAtualizacao, QZ_CARIMBO) \
-    LISTA(CQZDadosGT_RecursoPlanoManutencao, PlanoManutencao) \
+// PonteiroUnidadeMedidaContador is a product's or a service's unit as
+// UnidadeProdutoServico says: no one target is declared.
+#define CAMPOS_GT_RECURSO(CAMPO, LISTA)                                  \
+    CAMPO(CString, Codigo, 0)                                            \
+    CAMPO(CString, Descricao, 0)                                         \
+    CAMPO(uint8_t, TipoClassificacao, QZ_IDX)                            \
+    CAMPO(uint8_t, Tipo, 0)                                              \
+    CAMPO(uint32_t, PonteiroTipoRecurso, QZ_REF(CQZDadosGT_TipoRecurso)) \
+    CAMPO(uint8_t, Inativo, 0)                                           \
+    CAMPO(uint16_t, PonteiroFilial, QZ_REF(CQZDadosGT_Filial))           \
+    CAMPO(uint32_t, PonteiroUnidadeMedidaContador, 0)                    \
+    CAMPO(uint8_t, UnidadeProdutoServico, 0)                             \
+    CAMPO(uint16_t, NumeroDigitosContador, 0)                            \
+    CAMPO(REG_QZDMAHMSUTC, DmaHmsAtualizacao, QZ_CARIMBO)                \
+    LISTA(CQZDadosGT_RecursoPlanoManutencao, PlanoManutencao)            \
     LISTA(CQZDadosGT_RecursoGarantia, RecursoGarantia)
 
 class CQZDadosGT_Recurso : public TQZBaseParaDados {

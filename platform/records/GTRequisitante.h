@@ -4,11 +4,11 @@
 
 #include "platform/QZRegistro.h"
 
-#define CAMPOS_GT_REQUISITANTE(CAMPO, LISTA)              \
-    CAMPO(CString, Codigo, 0)                             \
-    CAMPO(CString, Nome, 0)                               \
-    CAMPO(uint16_t, Filial, 0)                            \
-    CAMPO(uint8_t, Inativo, 0)                            \
+#define CAMPOS_GT_REQUISITANTE(CAMPO, LISTA)           \
+    CAMPO(CString, Codigo, 0)                          \
+    CAMPO(CString, Nome, 0)                            \
+    CAMPO(uint16_t, Filial, QZ_REF(CQZDadosGT_Filial)) \
+    CAMPO(uint8_t, Inativo, 0)                         \
     CAMPO(REG_QZDMAHMSUTC, DmaHmsAtualizacao, QZ_CARIMBO)
 
 class CQZDadosGT_Requisitante : public TQZBaseParaDados {

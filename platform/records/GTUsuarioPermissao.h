@@ -35,6 +35,7 @@ public:
     QZModulo OnGetModulo() const override { return QZ_MODULO_GT; }
 };
 
+// The user is part of the record's position, not a field: nothing to declare.
 #define CAMPOS_GT_USUARIO_PERMISSAO(CAMPO, LISTA)             \
     CAMPO(uint8_t, UsuarioSupervisor, 0)                      \
     LISTA(CQZDadosGT_PermissaoConcedida, Permissoes)          \

@@ -5,14 +5,14 @@
 
 #include "platform/records/PXFiltroClassificacao.h"
 
-#define CAMPOS_PX_CAMPOS_PERSONALIZADOS(CAMPO, LISTA) \
-    CAMPO(uint8_t, Destinacao, QZ_IDX)                \
-    CAMPO(CString, Codigo, QZ_IDX)                    \
-    CAMPO(CString, Descricao, 0)                      \
-    CAMPO(uint8_t, TipoClassificacao, QZ_IDX)         \
-    CAMPO(uint32_t, PonteiroClasse, QZ_IDX)           \
-    CAMPO(CString, Detalhamento, 0)                   \
-    CAMPO(uint8_t, Inativo, 0)                        \
+#define CAMPOS_PX_CAMPOS_PERSONALIZADOS(CAMPO, LISTA)                                 \
+    CAMPO(uint8_t, Destinacao, QZ_IDX)                                                \
+    CAMPO(CString, Codigo, QZ_IDX)                                                    \
+    CAMPO(CString, Descricao, 0)                                                      \
+    CAMPO(uint8_t, TipoClassificacao, QZ_IDX)                                         \
+    CAMPO(uint32_t, PonteiroClasse, QZ_IDX | QZ_REF(CQZDadosPX_CamposPersonalizados)) \
+    CAMPO(CString, Detalhamento, 0)                                                   \
+    CAMPO(uint8_t, Inativo, 0)                                                        \
     CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO)
 
 class CQZDadosPX_CamposPersonalizados : public TQZBaseParaDados {

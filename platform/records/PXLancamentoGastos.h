@@ -6,9 +6,11 @@
 #include "platform/records/PXCriterios.h"
 
 // An item: a product, how much of it and what it cost.
-#define CAMPOS_PX_LANCAMENTO_GASTOS_ITEM(CAMPO, LISTA)    \
-    CAMPO(_REG_POSICAO_PRODUTOPS, ProdutoServico, 0)      \
-    CAMPO(CQZMoeda, Quantidade, 0)                        \
+// ProdutoServico is a product or a service with nothing saying which: no
+// target is declared for it.
+#define CAMPOS_PX_LANCAMENTO_GASTOS_ITEM(CAMPO, LISTA) \
+    CAMPO(_REG_POSICAO_PRODUTOPS, ProdutoServico, 0)   \
+    CAMPO(CQZMoeda, Quantidade, 0)                     \
     CAMPO(CQZMoeda, Valor, 0)
 
 class CQZDadosPX_LancamentoGastosItem : public TQZBaseParaDados {
@@ -17,12 +19,12 @@ class CQZDadosPX_LancamentoGastosItem : public TQZBaseParaDados {
 
 // Data: the day of the expense (empty when not informed); the key's month is
 // the month of the date the entry was first saved with.
-#define CAMPOS_PX_LANCAMENTO_GASTOS(CAMPO, LISTA)         \
-    CAMPO(REG_QZDMC, Dmc, QZ_CHAVE)                       \
-    CAMPO(uint32_t, PonteiroTipoGasto, QZ_IDX)            \
-    CAMPO(REG_QZDMA, Data, 0)                             \
-    CAMPO(uint32_t, PonteiroRecurso, 0)                   \
-    CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO)    \
+#define CAMPOS_PX_LANCAMENTO_GASTOS(CAMPO, LISTA)                             \
+    CAMPO(REG_QZDMC, Dmc, QZ_CHAVE)                                           \
+    CAMPO(uint32_t, PonteiroTipoGasto, QZ_IDX | QZ_REF(CQZDadosPX_TipoGasto)) \
+    CAMPO(REG_QZDMA, Data, 0)                                                 \
+    CAMPO(uint32_t, PonteiroRecurso, QZ_REF(CQZDadosGT_Recurso))              \
+    CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO)                        \
     LISTA(CQZDadosPX_LancamentoGastosItem, Item)
 
 class CQZDadosPX_LancamentoGastos : public TQZBaseParaDados {

@@ -30,16 +30,19 @@ enum : uint16_t {
 // when the line was made, its situation, the warranty it carries, the last
 // warranty of the same task on the resource, and the custom data reported
 // for it (ApontamentoTarefa: none or one record).
-#define CAMPOS_PX_MANUTENCAO_TAREFA(CAMPO, LISTA)  \
-    CAMPO(uint32_t, PonteiroTarefa, 0)             \
-    CAMPO(CString, Tarefa, 0)                      \
-    CAMPO(CString, Detalhamento, 0)                \
-    CAMPO(CQZMoeda, TempoPrevisto, 0)              \
-    CAMPO(uint32_t, PonteiroSituacao, 0)           \
-    CAMPO(uint8_t, GarantiaAte, 0)                 \
-    CAMPO(REG_QZDMA, DataGarantiaAte, 0)           \
-    CAMPO(REG_QZDMA, DataUltimaGarantia, 0)        \
-    CAMPO(REG_QZDMC, DmcUltimaManutencao, 0)       \
+// DmcUltimaManutencao is history, copied from the resource's warranty list:
+// the order it names may have been cancelled into an old month file, so no
+// reference is declared for it.
+#define CAMPOS_PX_MANUTENCAO_TAREFA(CAMPO, LISTA)                  \
+    CAMPO(uint32_t, PonteiroTarefa, QZ_REF(CQZDadosPX_Tarefa))     \
+    CAMPO(CString, Tarefa, 0)                                      \
+    CAMPO(CString, Detalhamento, 0)                                \
+    CAMPO(CQZMoeda, TempoPrevisto, 0)                              \
+    CAMPO(uint32_t, PonteiroSituacao, QZ_REF(CQZDadosPX_Situacao)) \
+    CAMPO(uint8_t, GarantiaAte, 0)                                 \
+    CAMPO(REG_QZDMA, DataGarantiaAte, 0)                           \
+    CAMPO(REG_QZDMA, DataUltimaGarantia, 0)                        \
+    CAMPO(REG_QZDMC, DmcUltimaManutencao, 0)                       \
     LISTA(CQZDadosBDD_Registro, ApontamentoTarefa)
 
 class CQZDadosPX_ManutencaoTarefa : public TQZBaseParaDados {
@@ -68,15 +71,19 @@ public:
 // it. PonteiroTarefaOrigem is the order task that suggested the line (0 for
 // a line typed by the user). TipoRI: requisition type (2 materials and
 // services, 1 equipment).
-#define CAMPOS_PX_MANUTENCAO_COMPONENTE(CAMPO, LISTA)   \
-    CAMPO(_REG_POSICAO_PRODUTOPS, ProdutoServico, 0)    \
-    CAMPO(uint8_t, TipoProdutoServico, 0)               \
-    CAMPO(CQZMoeda, QtdRequisitada, 0)                  \
-    CAMPO(CQZMoeda, QtdAtendida, 0)                     \
-    CAMPO(CQZMoeda, QtdConsumida, 0)                    \
-    CAMPO(REG_QZDMC, ChaveRequisicaoInterna, 0)         \
-    CAMPO(uint32_t, PonteiroTarefaOrigem, 0)            \
-    CAMPO(uint8_t, TipoRI, 0)                           \
+// ProdutoServico names a product or a service as TipoProdutoServico says, so
+// it declares no one target (the component checks read it); the internal
+// requisition of ChaveRequisicaoInterna belongs to the stock module, which
+// this store does not hold.
+#define CAMPOS_PX_MANUTENCAO_COMPONENTE(CAMPO, LISTA)                \
+    CAMPO(_REG_POSICAO_PRODUTOPS, ProdutoServico, 0)                 \
+    CAMPO(uint8_t, TipoProdutoServico, 0)                            \
+    CAMPO(CQZMoeda, QtdRequisitada, 0)                               \
+    CAMPO(CQZMoeda, QtdAtendida, 0)                                  \
+    CAMPO(CQZMoeda, QtdConsumida, 0)                                 \
+    CAMPO(REG_QZDMC, ChaveRequisicaoInterna, 0)                      \
+    CAMPO(uint32_t, PonteiroTarefaOrigem, QZ_REF(CQZDadosPX_Tarefa)) \
+    CAMPO(uint8_t, TipoRI, 0)                                        \
     CAMPO(CString, Complemento, 0)
 
 class CQZDadosPX_ManutencaoComponente : public TQZBaseParaDados {
@@ -86,10 +93,10 @@ public:
 };
 
 // A technician's work on the order, from start to end, with remarks.
-#define CAMPOS_PX_MANUTENCAO_APONTAMENTO(CAMPO, LISTA) \
-    CAMPO(REG_QZDMAHMSUTC, DataHoraInicial, 0)         \
-    CAMPO(REG_QZDMAHMSUTC, DataHoraFinal, 0)           \
-    CAMPO(uint32_t, PonteiroTecnico, 0)                \
+#define CAMPOS_PX_MANUTENCAO_APONTAMENTO(CAMPO, LISTA)           \
+    CAMPO(REG_QZDMAHMSUTC, DataHoraInicial, 0)                   \
+    CAMPO(REG_QZDMAHMSUTC, DataHoraFinal, 0)                     \
+    CAMPO(uint32_t, PonteiroTecnico, QZ_REF(CQZDadosPX_Tecnico)) \
     CAMPO(CString, Observacao, 0)
 
 class CQZDadosPX_ManutencaoApontamento : public TQZBaseParaDados {
@@ -102,38 +109,40 @@ class CQZDadosPX_ManutencaoApontamento : public TQZBaseParaDados {
 // counter unit, digits and unit kind are the resource's when the order was
 // opened; TempoPrevisto is in hours when TempoPrevistoEmHoras. TempoDuracao
 // is the work recorded; ContadorEncerramento the counter read at closing.
-#define CAMPOS_PX_MANUTENCAO(CAMPO, LISTA)                          \
-    CAMPO(REG_QZDMC, Dmc, QZ_CHAVE)                                 \
-    CAMPO(uint16_t, PonteiroFilial, QZ_IDX)                         \
-    CAMPO(uint32_t, PonteiroRecurso, 0)                             \
-    CAMPO(uint8_t, TipoManutencao, 0)                               \
-    CAMPO(uint32_t, PonteiroPlano, QZ_IDX)                          \
-    CAMPO(uint32_t, PonteiroDisciplina, 0)                          \
-    CAMPO(CString, Descricao, 0)                                    \
-    CAMPO(CString, Complemento, 0)                                  \
-    CAMPO(uint32_t, PonteiroRequisitante, 0)                        \
-    CAMPO(uint32_t, PonteiroPrioridade, 0)                          \
-    CAMPO(uint32_t, PonteiroTecnico, QZ_IDX)                        \
-    CAMPO(uint8_t, OrigemRProducaoApontamento, 0)                   \
-    CAMPO(uint8_t, Situacao, 0)                                     \
-    CAMPO(uint32_t, PonteiroSituacao, QZ_IDX)                       \
-    CAMPO(REG_QZDMAHMSUTC, DataHoraEmissao, 0)                      \
-    CAMPO(REG_QZDMAHMSUTC, DmaHmsPrevInicio, 0)                     \
-    CAMPO(REG_QZDMAHMSUTC, DataHoraInicio, 0)                       \
-    CAMPO(REG_QZDMAHMSUTC, DataHoraNovaProgramacao, 0)              \
-    CAMPO(REG_QZDMAHMSUTC, DataHoraFim, 0)                          \
-    CAMPO(CQZMoeda, TempoPrevisto, 0)                               \
-    CAMPO(uint8_t, TempoPrevistoEmHoras, 0)                         \
-    CAMPO(CQZMoeda, TempoDuracao, 0)                                \
-    CAMPO(uint32_t, ContadorPonteiroUnMedida, 0)                    \
-    CAMPO(uint16_t, ContadorNumeroDigitos, 0)                       \
-    CAMPO(uint8_t, ContadorProdutoServico, 0)                       \
-    CAMPO(CQZMoeda, ContadorEncerramento, 0)                        \
-    CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO)              \
-    LISTA(CQZDadosPX_ManutencaoTarefa, Tarefa)                      \
-    LISTA(CQZDadosPX_ManutencaoComponente, Material)                \
-    LISTA(CQZDadosPX_ManutencaoComponente, Equipamento)             \
-    LISTA(CQZDadosPX_ManutencaoComponente, Servico)                 \
+// ContadorPonteiroUnMedida is a product's or a service's unit as
+// ContadorProdutoServico says: no one target is declared.
+#define CAMPOS_PX_MANUTENCAO(CAMPO, LISTA)                                  \
+    CAMPO(REG_QZDMC, Dmc, QZ_CHAVE)                                         \
+    CAMPO(uint16_t, PonteiroFilial, QZ_IDX | QZ_REF(CQZDadosGT_Filial))     \
+    CAMPO(uint32_t, PonteiroRecurso, QZ_REF(CQZDadosGT_Recurso))            \
+    CAMPO(uint8_t, TipoManutencao, 0)                                       \
+    CAMPO(uint32_t, PonteiroPlano, QZ_IDX | QZ_REF(CQZDadosPX_Plano))       \
+    CAMPO(uint32_t, PonteiroDisciplina, QZ_REF(CQZDadosPX_Disciplina))      \
+    CAMPO(CString, Descricao, 0)                                            \
+    CAMPO(CString, Complemento, 0)                                          \
+    CAMPO(uint32_t, PonteiroRequisitante, QZ_REF(CQZDadosGT_Requisitante))  \
+    CAMPO(uint32_t, PonteiroPrioridade, QZ_REF(CQZDadosPX_Prioridade))      \
+    CAMPO(uint32_t, PonteiroTecnico, QZ_IDX | QZ_REF(CQZDadosPX_Tecnico))   \
+    CAMPO(uint8_t, OrigemRProducaoApontamento, 0)                           \
+    CAMPO(uint8_t, Situacao, 0)                                             \
+    CAMPO(uint32_t, PonteiroSituacao, QZ_IDX | QZ_REF(CQZDadosPX_Situacao)) \
+    CAMPO(REG_QZDMAHMSUTC, DataHoraEmissao, 0)                              \
+    CAMPO(REG_QZDMAHMSUTC, DmaHmsPrevInicio, 0)                             \
+    CAMPO(REG_QZDMAHMSUTC, DataHoraInicio, 0)                               \
+    CAMPO(REG_QZDMAHMSUTC, DataHoraNovaProgramacao, 0)                      \
+    CAMPO(REG_QZDMAHMSUTC, DataHoraFim, 0)                                  \
+    CAMPO(CQZMoeda, TempoPrevisto, 0)                                       \
+    CAMPO(uint8_t, TempoPrevistoEmHoras, 0)                                 \
+    CAMPO(CQZMoeda, TempoDuracao, 0)                                        \
+    CAMPO(uint32_t, ContadorPonteiroUnMedida, 0)                            \
+    CAMPO(uint16_t, ContadorNumeroDigitos, 0)                               \
+    CAMPO(uint8_t, ContadorProdutoServico, 0)                               \
+    CAMPO(CQZMoeda, ContadorEncerramento, 0)                                \
+    CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO)                      \
+    LISTA(CQZDadosPX_ManutencaoTarefa, Tarefa)                              \
+    LISTA(CQZDadosPX_ManutencaoComponente, Material)                        \
+    LISTA(CQZDadosPX_ManutencaoComponente, Equipamento)                     \
+    LISTA(CQZDadosPX_ManutencaoComponente, Servico)                         \
     LISTA(CQZDadosPX_ManutencaoApontamento, Apontamento)
 
 class CQZDadosPX_Manutencao : public TQZBaseParaDados {

@@ -14,7 +14,7 @@ enum _E_PX_MANUTENCOES_COMPONENTES : uint8_t {
 
 // A technician warned by an alert: Ponteiro is the technician's key (a
 // field of its own, since list lines keep no position).
-#define CAMPOS_PX_PLANO_ALERTA_TECNICO(CAMPO, LISTA) CAMPO(uint32_t, Ponteiro, 0)
+#define CAMPOS_PX_PLANO_ALERTA_TECNICO(CAMPO, LISTA) CAMPO(uint32_t, Ponteiro, QZ_REF(CQZDadosPX_Tecnico))
 
 class CQZDadosPX_PlanoAlertaTecnico : public TQZBaseParaDados {
     QZ_REGISTRO(CQZDadosPX_PlanoAlertaTecnico, CAMPOS_PX_PLANO_ALERTA_TECNICO)
@@ -46,6 +46,8 @@ public:
 };
 
 // A component line; TipoProdutoServico 'S' marks a service.
+// PosicaoProduto names a product or a service as TipoProdutoServico says: no
+// one target is declared for it.
 #define CAMPOS_PX_PLANO_COMPONENTE(CAMPO, LISTA)     \
     CAMPO(_REG_POSICAO_PRODUTOPS, PosicaoProduto, 0) \
     CAMPO(uint8_t, TipoProdutoServico, 0)            \
@@ -55,7 +57,7 @@ class CQZDadosPX_PlanoComponente : public TQZBaseParaDados {
     QZ_REGISTRO(CQZDadosPX_PlanoComponente, CAMPOS_PX_PLANO_COMPONENTE)
 };
 
-#define CAMPOS_PX_PLANO_TAREFA(CAMPO, LISTA) CAMPO(uint32_t, PonteiroTarefa, 0)
+#define CAMPOS_PX_PLANO_TAREFA(CAMPO, LISTA) CAMPO(uint32_t, PonteiroTarefa, QZ_REF(CQZDadosPX_Tarefa))
 
 class CQZDadosPX_PlanoTarefa : public TQZBaseParaDados {
     QZ_REGISTRO(CQZDadosPX_PlanoTarefa, CAMPOS_PX_PLANO_TAREFA)
@@ -64,26 +66,26 @@ class CQZDadosPX_PlanoTarefa : public TQZBaseParaDados {
 // Tipo: 1 recurring, 2 other leaf plans, 0 groups. TipoControle: 0 by
 // period, 1 by counter, 2 both must be due, 3 either. TempoPrevisto is the
 // planned time of the plan's orders, in hours when TempoPrevistoEmHoras.
-#define CAMPOS_PX_PLANO(CAMPO, LISTA)                  \
-    CAMPO(CString, Codigo, QZ_IDX)                     \
-    CAMPO(CString, Nome, 0)                            \
-    CAMPO(uint32_t, PonteiroPai, QZ_IDX)               \
-    CAMPO(uint8_t, TipoClassificacao, 0)               \
-    CAMPO(uint8_t, Tipo, 0)                            \
-    CAMPO(uint32_t, PonteiroDisciplina, QZ_IDX)        \
-    CAMPO(uint32_t, PonteiroPrioridade, 0)             \
-    CAMPO(uint8_t, TipoControle, 0)                    \
-    CAMPO(uint16_t, PonteiroTipoPeriodo, 0)            \
-    CAMPO(CQZMoeda, ContadorCicloManutencao, 0)        \
-    CAMPO(uint8_t, InativarAposRealManut, 0)           \
-    CAMPO(uint8_t, Inativo, QZ_IDX)                    \
-    CAMPO(CQZMoeda, TempoPrevisto, 0)                  \
-    CAMPO(uint8_t, TempoPrevistoEmHoras, 0)            \
-    CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO) \
-    LISTA(CQZDadosPX_PlanoAlerta, Alerta)              \
-    LISTA(CQZDadosPX_PlanoComponente, Material)        \
-    LISTA(CQZDadosPX_PlanoComponente, Equipamento)     \
-    LISTA(CQZDadosPX_PlanoComponente, Servico)         \
+#define CAMPOS_PX_PLANO(CAMPO, LISTA)                                           \
+    CAMPO(CString, Codigo, QZ_IDX)                                              \
+    CAMPO(CString, Nome, 0)                                                     \
+    CAMPO(uint32_t, PonteiroPai, QZ_IDX | QZ_REF(CQZDadosPX_Plano))             \
+    CAMPO(uint8_t, TipoClassificacao, 0)                                        \
+    CAMPO(uint8_t, Tipo, 0)                                                     \
+    CAMPO(uint32_t, PonteiroDisciplina, QZ_IDX | QZ_REF(CQZDadosPX_Disciplina)) \
+    CAMPO(uint32_t, PonteiroPrioridade, QZ_REF(CQZDadosPX_Prioridade))          \
+    CAMPO(uint8_t, TipoControle, 0)                                             \
+    CAMPO(uint16_t, PonteiroTipoPeriodo, QZ_REF(CQZDadosGT_TipoPeriodo))        \
+    CAMPO(CQZMoeda, ContadorCicloManutencao, 0)                                 \
+    CAMPO(uint8_t, InativarAposRealManut, 0)                                    \
+    CAMPO(uint8_t, Inativo, QZ_IDX)                                             \
+    CAMPO(CQZMoeda, TempoPrevisto, 0)                                           \
+    CAMPO(uint8_t, TempoPrevistoEmHoras, 0)                                     \
+    CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO)                          \
+    LISTA(CQZDadosPX_PlanoAlerta, Alerta)                                       \
+    LISTA(CQZDadosPX_PlanoComponente, Material)                                 \
+    LISTA(CQZDadosPX_PlanoComponente, Equipamento)                              \
+    LISTA(CQZDadosPX_PlanoComponente, Servico)                                  \
     LISTA(CQZDadosPX_PlanoTarefa, Tarefa)
 
 class CQZDadosPX_Plano : public TQZBaseParaDados {

@@ -7,14 +7,14 @@
 // Read flags of LeSituacao: the header alone.
 constexpr uint32_t PX_LER_SITUACAO_CABECALHO = 0;
 
-#define CAMPOS_PX_SITUACAO(CAMPO, LISTA)            \
-    CAMPO(CString, Codigo, QZ_IDX)                  \
-    CAMPO(CString, Descricao, 0)                    \
-    CAMPO(uint8_t, Tipo, QZ_IDX)                    \
-    CAMPO(uint8_t, SituacaoBase, 0)                 \
-    CAMPO(uint8_t, TipoClassificacao, 0)            \
-    CAMPO(uint32_t, PonteiroPai, QZ_IDX)            \
-    CAMPO(uint8_t, Inativo, 0)                      \
+#define CAMPOS_PX_SITUACAO(CAMPO, LISTA)                               \
+    CAMPO(CString, Codigo, QZ_IDX)                                     \
+    CAMPO(CString, Descricao, 0)                                       \
+    CAMPO(uint8_t, Tipo, QZ_IDX)                                       \
+    CAMPO(uint8_t, SituacaoBase, 0)                                    \
+    CAMPO(uint8_t, TipoClassificacao, 0)                               \
+    CAMPO(uint32_t, PonteiroPai, QZ_IDX | QZ_REF(CQZDadosPX_Situacao)) \
+    CAMPO(uint8_t, Inativo, 0)                                         \
     CAMPO(REG_QZDMAHMSUTC, DmaHmsAtualizacao, QZ_CARIMBO)
 
 class CQZDadosPX_Situacao : public TQZBaseParaDados {

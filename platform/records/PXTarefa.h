@@ -7,6 +7,8 @@
 
 // One component of a task. Its kind (1, 2 or 3) says which of the task's
 // three lists it belongs to.
+// PosicaoProdutoServico names a product or a service as TipoProdutoServico
+// says: no one target is declared for it.
 #define CAMPOS_PX_TAREFA_COMPONENTE(CAMPO, LISTA)           \
     CAMPO(uint8_t, TipoComponente, 0)                       \
     CAMPO(_REG_POSICAO_PRODUTOPS, PosicaoProdutoServico, 0) \
@@ -18,24 +20,24 @@ class CQZDadosPX_TarefaComponente : public TQZBaseParaDados {
     QZ_REGISTRO(CQZDadosPX_TarefaComponente, CAMPOS_PX_TAREFA_COMPONENTE)
 };
 
-#define CAMPOS_PX_TAREFA(CAMPO, LISTA)                 \
-    CAMPO(CString, Codigo, QZ_IDX)                     \
-    CAMPO(CString, Nome, 0)                            \
-    CAMPO(uint32_t, PonteiroPai, QZ_IDX)               \
-    CAMPO(uint8_t, TipoClassificacao, QZ_IDX)          \
-    CAMPO(CString, Descricao, 0)                       \
-    CAMPO(CQZMoeda, TempoPrevisto, 0)                  \
-    CAMPO(uint8_t, Garantia, 0)                        \
-    CAMPO(CQZMoeda, QuantPeriodoGarantia, 0)           \
-    CAMPO(uint32_t, PonteiroPeriodoGarantia, 0)        \
-    CAMPO(uint8_t, EfetuarApontTarefa, 0)              \
-    CAMPO(uint32_t, PonteiroInfPersonalizada, 0)       \
-    CAMPO(uint8_t, AtribuirSituacaoTarefa, 0)          \
-    CAMPO(uint32_t, PonteiroSituacaoGrupo, 0)          \
-    CAMPO(uint32_t, PonteiroSituacaoInicial, 0)        \
-    CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO) \
-    LISTA(CQZDadosPX_TarefaComponente, Material)       \
-    LISTA(CQZDadosPX_TarefaComponente, Equipamento)    \
+#define CAMPOS_PX_TAREFA(CAMPO, LISTA)                                                 \
+    CAMPO(CString, Codigo, QZ_IDX)                                                     \
+    CAMPO(CString, Nome, 0)                                                            \
+    CAMPO(uint32_t, PonteiroPai, QZ_IDX | QZ_REF(CQZDadosPX_Tarefa))                   \
+    CAMPO(uint8_t, TipoClassificacao, QZ_IDX)                                          \
+    CAMPO(CString, Descricao, 0)                                                       \
+    CAMPO(CQZMoeda, TempoPrevisto, 0)                                                  \
+    CAMPO(uint8_t, Garantia, 0)                                                        \
+    CAMPO(CQZMoeda, QuantPeriodoGarantia, 0)                                           \
+    CAMPO(uint32_t, PonteiroPeriodoGarantia, QZ_REF(CQZDadosGT_TipoPeriodo))           \
+    CAMPO(uint8_t, EfetuarApontTarefa, 0)                                              \
+    CAMPO(uint32_t, PonteiroInfPersonalizada, QZ_REF(CQZDadosPX_CamposPersonalizados)) \
+    CAMPO(uint8_t, AtribuirSituacaoTarefa, 0)                                          \
+    CAMPO(uint32_t, PonteiroSituacaoGrupo, QZ_REF(CQZDadosPX_Situacao))                \
+    CAMPO(uint32_t, PonteiroSituacaoInicial, QZ_REF(CQZDadosPX_Situacao))              \
+    CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO)                                 \
+    LISTA(CQZDadosPX_TarefaComponente, Material)                                       \
+    LISTA(CQZDadosPX_TarefaComponente, Equipamento)                                    \
     LISTA(CQZDadosPX_TarefaComponente, Servico)
 
 class CQZDadosPX_Tarefa : public TQZBaseParaDados {

@@ -5,7 +5,7 @@
 
 #include "platform/records/PXCriterios.h"
 
-#define CAMPOS_PX_TECNICO_DISCIPLINA(CAMPO, LISTA) CAMPO(uint32_t, PonteiroDisciplina, QZ_IDX)
+#define CAMPOS_PX_TECNICO_DISCIPLINA(CAMPO, LISTA) CAMPO(uint32_t, PonteiroDisciplina, QZ_IDX | QZ_REF(CQZDadosPX_Disciplina))
 
 class CQZDadosPX_TecnicoDisciplina : public TQZBaseParaDados {
     QZ_REGISTRO(CQZDadosPX_TecnicoDisciplina, CAMPOS_PX_TECNICO_DISCIPLINA)
@@ -18,16 +18,16 @@ class CQZDadosPX_TecnicoEmail : public TQZBaseParaDados {
     QZ_REGISTRO(CQZDadosPX_TecnicoEmail, CAMPOS_PX_TECNICO_EMAIL)
 };
 
-#define CAMPOS_PX_TECNICO(CAMPO, LISTA)                   \
-    CAMPO(CString, Codigo, QZ_IDX)                        \
-    CAMPO(CString, Nome, 0)                               \
-    CAMPO(uint32_t, PonteiroPai, QZ_IDX)                  \
-    CAMPO(uint8_t, TipoClassificacao, QZ_IDX)             \
-    CAMPO(uint16_t, PonteiroFilial, QZ_IDX)               \
-    CAMPO(uint16_t, PonteiroUsuario, QZ_IDX)              \
-    CAMPO(uint8_t, Inativo, QZ_IDX)                       \
-    CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO)    \
-    LISTA(CQZDadosPX_TecnicoDisciplina, Disciplina)       \
+#define CAMPOS_PX_TECNICO(CAMPO, LISTA)                                   \
+    CAMPO(CString, Codigo, QZ_IDX)                                        \
+    CAMPO(CString, Nome, 0)                                               \
+    CAMPO(uint32_t, PonteiroPai, QZ_IDX | QZ_REF(CQZDadosPX_Tecnico))     \
+    CAMPO(uint8_t, TipoClassificacao, QZ_IDX)                             \
+    CAMPO(uint16_t, PonteiroFilial, QZ_IDX | QZ_REF(CQZDadosGT_Filial))   \
+    CAMPO(uint16_t, PonteiroUsuario, QZ_IDX | QZ_REF(CQZDadosGT_Usuario)) \
+    CAMPO(uint8_t, Inativo, QZ_IDX)                                       \
+    CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO)                    \
+    LISTA(CQZDadosPX_TecnicoDisciplina, Disciplina)                       \
     LISTA(CQZDadosPX_TecnicoEmail, Email)
 
 class CQZDadosPX_Tecnico : public TQZBaseParaDados {

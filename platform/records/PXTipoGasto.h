@@ -4,11 +4,11 @@
 
 #include "platform/records/PXCriterios.h"
 
-#define CAMPOS_PX_TIPO_GASTO(CAMPO, LISTA)   \
-    CAMPO(CString, Codigo, QZ_IDX)           \
-    CAMPO(CString, Nome, 0)                  \
-    CAMPO(uint32_t, PonteiroPai, QZ_IDX)     \
-    CAMPO(uint8_t, TipoClassificacao, 0)     \
+#define CAMPOS_PX_TIPO_GASTO(CAMPO, LISTA)                              \
+    CAMPO(CString, Codigo, QZ_IDX)                                      \
+    CAMPO(CString, Nome, 0)                                             \
+    CAMPO(uint32_t, PonteiroPai, QZ_IDX | QZ_REF(CQZDadosPX_TipoGasto)) \
+    CAMPO(uint8_t, TipoClassificacao, 0)                                \
     CAMPO(REG_QZDMAHMSUTC, DmaHmsGravacao, QZ_CARIMBO)
 
 class CQZDadosPX_TipoGasto : public TQZBaseParaDados {
