@@ -1,6 +1,7 @@
 // One run's alerts: for each active plan, the alerts it has or inherits,
 // the resources due under each, the e-mails to each technician, and at the
 // end the stamps of every alert accepted.
+#include <map>
 #include <string>
 #include <unordered_map>
 
@@ -55,7 +56,11 @@ struct CPXLeiturasSubordinadas {
         int decimais = 0;
     };
     std::unordered_map<uint32_t, CQZDadosGT_TipoRecurso> tipos;
-    std::unordered_map<uint16_t, CQZDadosGT_Filial> filiais;
+    struct Filial {
+        CQZDadosGT_Filial registro;
+        CString codigo;  // as the body shows it
+    };
+    std::unordered_map<uint16_t, Filial> filiais;
     // By pointer, products' units apart from services'.
     std::unordered_map<uint32_t, Unidade> unidadesProduto, unidadesServico;
 };
@@ -96,6 +101,12 @@ long CPXEmailAlertaPlano::GeraEEnviaEmail(CQZArray_deprecated<uint32_t>& aPontei
     // a batch goes drops it unsent, and stamps nothing either, so the next
     // run sends it.
     CPXLoteEmails lote;
+    // The templates read by this run, prepared for a number of lines.
+    struct Preparado {
+        CString texto;
+        bool temLista = false;
+    };
+    std::map<std::pair<std::string, int64_t>, Preparado> preparados;
     auto enviaLote = [&]() -> long {
         const long r = EnviaEmails(lote.emails);
         lote.Limpa();
@@ -179,9 +190,19 @@ long CPXEmailAlertaPlano::GeraEEnviaEmail(CQZArray_deprecated<uint32_t>& aPontei
             }
             if (linhas.empty()) continue;
 
-            CString preparado;
-            LeModeloEmail(modelo.GetString(), preparado);
-            const bool temLista = AtualizaConteudoEmail(preparado, linhas.GetQuantidade());
+            // Alerts of one template and as many lines share its preparation.
+            auto [itModelo, novo] = preparados.try_emplace({modelo.str(), linhas.GetQuantidade()});
+            if (novo) {
+                try {
+                    LeModeloEmail(modelo.GetString(), itModelo->second.texto);
+                } catch (...) {
+                    preparados.erase(itModelo);
+                    throw;
+                }
+                itModelo->second.temLista = AtualizaConteudoEmail(itModelo->second.texto, linhas.GetQuantidade());
+            }
+            const CString& preparado = itModelo->second.texto;
+            const bool temLista = itModelo->second.temLista;
             const CString assunto = AssuntoEmail(alerta);
 
             CPXConjuntoTecnicos enviados;
@@ -278,9 +299,12 @@ long CPXEmailAlertaPlano::SetDadosCorpoEmailSubordinados(DADOS_CORPO_EMAIL& d, c
         CQZDadosGT_Filial filial;
         if (QZ_CHAMA_RASTREADO(hr, kRastroLeFilial, pGestavo->LeFilial(recurso.GetPonteiroFilial(), &filial, 0)))
             return aborta(hr);
-        itFilial = lidas.filiais.emplace(recurso.GetPonteiroFilial(), std::move(filial)).first;
+        CString codigo = CString::Formatado("%u", static_cast<unsigned>(filial.GetCodigo()));
+        itFilial = lidas.filiais.emplace(recurso.GetPonteiroFilial(),
+                                         CPXLeiturasSubordinadas::Filial{std::move(filial), std::move(codigo)})
+                       .first;
     }
-    const CQZDadosGT_Filial& filial = itFilial->second;
+    const CQZDadosGT_Filial& filial = itFilial->second.registro;
     CString unidade;
     int decimais = 0;
     if (const uint32_t ponteiroUnidade = recurso.GetPonteiroUnidadeMedidaContador(); ponteiroUnidade != 0) {
@@ -316,7 +340,7 @@ long CPXEmailAlertaPlano::SetDadosCorpoEmailSubordinados(DADOS_CORPO_EMAIL& d, c
     d.sDiasProximaManutencao = avaliacao.temDataProxima ? DiasToString(avaliacao.diasParaProxima) : CString();
     d.sContadorProximaManutencao = MoedaToString(vinculo.GetCiclosContadorProximaManutencao(), decimais);
     d.sUnidadeContador = unidade;
-    d.sCodigoFilial = CString::Formatado("%u", static_cast<unsigned>(filial.GetCodigo()));
+    d.sCodigoFilial = itFilial->second.codigo;
     d.sIdentificacaoFilial = filial.GetIdentificacao();
     d.sNomeFantasiaFilial = filial.GetNomeFantasia();
     d.sRazaoSocial = filial.GetRazaoSocial();
