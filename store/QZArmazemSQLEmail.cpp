@@ -101,6 +101,11 @@ long CQZArmazemSQL::EnviaLote(const CQZDadosGT_Email* emails, size_t quantidade,
     size_t tratadas = 0;
     long r = 0;
     while (tratadas < quantidade && r == 0) {
+        // In a batch (the caller counts what was handed over) each message is
+        // an operation of its own to the hook: a stop of the service falls
+        // between two messages, as it did when each was sent alone.
+        if (pTratadas && m_pGancho)
+            if ((r = m_pGancho->AntesDaOperacao("EnviaEmail", m_erro)) != 0) break;
         const CQZDadosGT_Email& email = emails[tratadas];
         mensagem.destinatario = email.GetDestinatarios().str();
         mensagem.assunto = email.GetAssunto();

@@ -189,20 +189,25 @@ TEST_F(QZArmazemSQLEmailTest, ABatchIsLoggedPendingBeforeTheHandOverAndSettledAf
         const char* nome;
         size_t mensagens;
         size_t recusaDesde;  // 1-based; 0: none
+        long falhaEm;        // the hook stops the batch before this message (1-based; 0: never)
         long hr;
         int64_t tratadas;
         std::string depois;  // the lines after the batch, one digit per situation
     };
     const Caso casos[] = {
-        {"all sent", 3, 0, 0, 3, "111"},
-        {"the second refused", 3, 2, QZ_E_ENVIO_EMAIL, 2, "12"},
-        {"the first refused", 3, 1, QZ_E_ENVIO_EMAIL, 1, "2"},
-        {"an empty batch", 0, 0, 0, 0, ""},
+        {"all sent", 3, 0, 0, 0, 3, "111"},
+        {"the second refused", 3, 2, 0, QZ_E_ENVIO_EMAIL, 2, "12"},
+        {"the first refused", 3, 1, 0, QZ_E_ENVIO_EMAIL, 1, "2"},
+        {"stopped before the third", 3, 0, 3, QZ_E_BANCO_OCUPADO, 2, "11"},
+        {"an empty batch", 0, 0, 0, 0, 0, ""},
     };
     for (const auto& c : casos) {
         SCOPED_TRACE(c.nome);
         CQZTransporteCaptura captura;
         if (c.recusaDesde) captura.Recusa(554, "554 5.7.1 Recusado", c.recusaDesde);
+        falhas.Limpa();
+        falhas.ZeraContagem();
+        if (c.falhaEm) falhas.FalhaEm("EnviaEmail", c.falhaEm, QZ_E_BANCO_OCUPADO, "Banco ocupado.");
         TransporteQueLeOLog transporte(captura, *outra);
         armazem.DefineTransporteEmail(&transporte);
         std::vector<int64_t> chaves;
