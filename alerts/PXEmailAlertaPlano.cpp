@@ -169,8 +169,11 @@ long CPXEmailAlertaPlano::EnviaEmail(const CString& destinatario, CString& corpo
     return EnviaEmail(destinatario, corpo, assunto, CQZOrigemEmail());
 }
 
-long CPXEmailAlertaPlano::EnviaEmail(const CString& destinatario, CString& corpo, const CString& assunto,
-                                     const CQZOrigemEmail& origem) {
+namespace {
+
+// A finished e-mail as the enterprise service takes it.
+CQZDadosGT_Email MontaEmail(const CString& destinatario, const CString& corpo, const CString& assunto,
+                            const CQZOrigemEmail& origem) {
     CQZDadosGT_EmailAnexo anexo;
     anexo.SetTipo(QZ_TIPO_ANEXO_CORPO);
     anexo.Reserva(std::max<size_t>(100, static_cast<size_t>(corpo.GetLength())));
@@ -180,8 +183,32 @@ long CPXEmailAlertaPlano::EnviaEmail(const CString& destinatario, CString& corpo
     email.SetDestinatarios(destinatario);
     email.SetCorpo(anexo);
     email.SetOrigem(origem);
+    return email;
+}
+
+}  // namespace
+
+bool CPXLoteEmails::Adiciona(const CString& destinatario, const CString& corpo, const CString& assunto,
+                             const CQZOrigemEmail& origem) {
+    bytes += static_cast<size_t>(corpo.GetLength());
+    emails.push_back(MontaEmail(destinatario, corpo, assunto, origem));
+    return emails.size() >= kMaximoEmails || bytes >= kMaximoBytes;
+}
+
+long CPXEmailAlertaPlano::EnviaEmail(const CString& destinatario, CString& corpo, const CString& assunto,
+                                     const CQZOrigemEmail& origem) {
     CQZAcessoGestavoBuffer* pGestavo = GetAcessoGestavo();
-    const long hr = pGestavo ? pGestavo->EnviaEmail(email, nullptr, QZ_MODULO_GT, 0) : QZ_E_SEM_SERVICOS;
+    const long hr = pGestavo ? pGestavo->EnviaEmail(MontaEmail(destinatario, corpo, assunto, origem), nullptr,
+                                                    QZ_MODULO_GT, 0)
+                             : QZ_E_SEM_SERVICOS;
+    if (hr < 0) Lanca(kCodigoEnvio, kIdEnvio, "Falha ao enviar e-mail.");
+    return hr;
+}
+
+long CPXEmailAlertaPlano::EnviaEmails(const CQZVector<CQZDadosGT_Email>& emails) {
+    CQZAcessoGestavoBuffer* pGestavo = GetAcessoGestavo();
+    int64_t tratadas = 0;
+    const long hr = pGestavo ? pGestavo->EnviaEmails(emails, &tratadas, nullptr, QZ_MODULO_GT, 0) : QZ_E_SEM_SERVICOS;
     if (hr < 0) Lanca(kCodigoEnvio, kIdEnvio, "Falha ao enviar e-mail.");
     return hr;
 }

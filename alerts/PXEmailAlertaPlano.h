@@ -17,6 +17,7 @@
 #include "platform/QZExcecao.h"
 
 struct CPXAvaliacaoVencimento;
+struct CPXLeiturasSubordinadas;
 
 // Watches a run as it decides (the preview of a run). With Simula() true
 // the messages are handed here instead of being sent, and no alert is
@@ -40,6 +41,23 @@ public:
     virtual long Mensagem(const CString& /*destinatario*/, const CString& /*corpo*/, const CString& /*assunto*/,
                           const CQZOrigemEmail& /*origem*/) {
         return 0;
+    }
+};
+
+// The messages of a run waiting to be sent together.
+struct CPXLoteEmails {
+    // A batch goes when it has this many messages or bytes of bodies.
+    static constexpr size_t kMaximoEmails = 500;
+    static constexpr size_t kMaximoBytes = 8u << 20;
+
+    CQZVector<CQZDadosGT_Email> emails;
+    size_t bytes = 0;
+
+    // Takes a message; true when the batch is full and must go.
+    bool Adiciona(const CString& destinatario, const CString& corpo, const CString& assunto, const CQZOrigemEmail& origem);
+    void Limpa() {
+        emails.clear();
+        bytes = 0;
     }
 };
 
@@ -94,6 +112,10 @@ public:
     // Hands one finished e-mail to the enterprise service; the service's
     // status when it is not negative (0: sent). A negative one is thrown.
     long EnviaEmail(const CString& destinatario, CString& corpo, const CString& assunto);
+    // Hands a batch of finished e-mails to the enterprise service, in
+    // order, up to the first one not sent: its status when it is not
+    // negative (0: all sent). A negative one is thrown, as EnviaEmail's.
+    long EnviaEmails(const CQZVector<CQZDadosGT_Email>& emails);
 
     // The alerts of the plans found by a run: selection, message data,
     // sending, and at the end the stamps of every alert accepted. 0 on
@@ -117,7 +139,7 @@ private:
     // failed read.
     long SetDadosCorpoEmailSubordinados(DADOS_CORPO_EMAIL& d, const CQZDadosGT_Recurso& recurso,
                                         const CQZDadosGT_RecursoPlanoManutencao& vinculo,
-                                        const CPXAvaliacaoVencimento& avaliacao);
+                                        const CPXAvaliacaoVencimento& avaliacao, CPXLeiturasSubordinadas& lidas);
     // The plan pointers a run looks at; the search's status.
     long BuscaPlanos(CQZArray_deprecated<uint32_t>& aPonteiros);
 

@@ -1,7 +1,9 @@
 // One run's alerts: for each active plan, the alerts it has or inherits,
 // the resources due under each, the e-mails to each technician, and at the
 // end the stamps of every alert accepted.
+#include <map>
 #include <string>
+#include <unordered_map>
 
 #include "alerts/PXEmailAlertaPlano.h"
 #include "alerts/PXVencimentoAlerta.h"
@@ -45,6 +47,24 @@ void SetDadosCorpoEmailCabecalho(DADOS_CORPO_EMAIL& d, const CQZDadosPX_Plano& p
 
 }  // namespace
 
+// What the lines of one alert read about their resources, kept for the
+// alert's snapshot: inside it a record read twice is the same record, and
+// most lines share their type, branch and unit.
+struct CPXLeiturasSubordinadas {
+    struct Unidade {
+        CString codigo;
+        int decimais = 0;
+    };
+    std::unordered_map<uint32_t, CQZDadosGT_TipoRecurso> tipos;
+    struct Filial {
+        CQZDadosGT_Filial registro;
+        CString codigo;  // as the body shows it
+    };
+    std::unordered_map<uint16_t, Filial> filiais;
+    // By pointer, products' units apart from services'.
+    std::unordered_map<uint32_t, Unidade> unidadesProduto, unidadesServico;
+};
+
 CString CPXEmailAlertaPlano::AssuntoEmail(const CQZDadosPX_PlanoAlerta& alerta) {
     return CString("Alerta de Manutenção - ") + alerta.GetDescricao();
 }
@@ -76,6 +96,22 @@ long CPXEmailAlertaPlano::GeraEEnviaEmail(CQZArray_deprecated<uint32_t>& aPontei
 
     // (alert plan, alert index) of every alert accepted, in order.
     CQZVector<std::pair<uint32_t, uint32_t>> aMarcar;
+    // Messages wait here and go out in batches: the delivery log is written
+    // once per batch rather than once per message. A run that fails before
+    // a batch goes drops it unsent, and stamps nothing either, so the next
+    // run sends it.
+    CPXLoteEmails lote;
+    // The templates read by this run, prepared for a number of lines.
+    struct Preparado {
+        CString texto;
+        bool temLista = false;
+    };
+    std::map<std::pair<std::string, int64_t>, Preparado> preparados;
+    auto enviaLote = [&]() -> long {
+        const long r = EnviaEmails(lote.emails);
+        lote.Limpa();
+        return r;
+    };
 
     for (const uint32_t ponteiroPlano : aPonteirosPlano) {
         CQZDadosPX_Plano plano, planoAlerta;
@@ -121,6 +157,9 @@ long CPXEmailAlertaPlano::GeraEEnviaEmail(CQZArray_deprecated<uint32_t>& aPontei
             // without stamps; an inactive alert's template counts too.
             if (!ModeloEmailExiste(modelo.GetString())) {
                 if (pObservador) pObservador->ModeloAusente(planoAlerta, static_cast<uint32_t>(iAlerta));
+                // What was mailed before the gap still goes.
+                if (!lote.emails.empty())
+                    if (long r = enviaLote()) return r;
                 return 0;
             }
             if (alerta.GetInativo()) continue;
@@ -133,6 +172,7 @@ long CPXEmailAlertaPlano::GeraEEnviaEmail(CQZArray_deprecated<uint32_t>& aPontei
             CQZVector<DADOS_CORPO_EMAIL> linhas;
             {
                 CQZLeituraConsistente leitura(GetConexao());
+                CPXLeiturasSubordinadas lidas;
                 for (const CQZDadosGT_Recurso& recurso : recursos) {
                     if (recurso.GetInativo()) continue;
                     for (int64_t iVinculo = 0; iVinculo < recurso.GetQuantidadePlanoManutencao(); ++iVinculo) {
@@ -143,16 +183,26 @@ long CPXEmailAlertaPlano::GeraEEnviaEmail(CQZArray_deprecated<uint32_t>& aPontei
                             PXAvaliaVencimento(alerta, vinculo, plano.GetTipoControle(), hoje);
                         if (!avaliacao.vence) continue;
                         DADOS_CORPO_EMAIL& linha = linhas.emplace_back();
-                        if (long r = SetDadosCorpoEmailSubordinados(linha, recurso, vinculo, avaliacao)) return r;
+                        if (long r = SetDadosCorpoEmailSubordinados(linha, recurso, vinculo, avaliacao, lidas)) return r;
                         if (pObservador) pObservador->RecursoVencido(recurso, vinculo, avaliacao, plano.GetTipoControle());
                     }
                 }
             }
             if (linhas.empty()) continue;
 
-            CString preparado;
-            LeModeloEmail(modelo.GetString(), preparado);
-            const bool temLista = AtualizaConteudoEmail(preparado, linhas.GetQuantidade());
+            // Alerts of one template and as many lines share its preparation.
+            auto [itModelo, novo] = preparados.try_emplace({modelo.str(), linhas.GetQuantidade()});
+            if (novo) {
+                try {
+                    LeModeloEmail(modelo.GetString(), itModelo->second.texto);
+                } catch (...) {
+                    preparados.erase(itModelo);
+                    throw;
+                }
+                itModelo->second.temLista = AtualizaConteudoEmail(itModelo->second.texto, linhas.GetQuantidade());
+            }
+            const CString& preparado = itModelo->second.texto;
+            const bool temLista = itModelo->second.temLista;
             const CString assunto = AssuntoEmail(alerta);
 
             CPXConjuntoTecnicos enviados;
@@ -187,7 +237,8 @@ long CPXEmailAlertaPlano::GeraEEnviaEmail(CQZArray_deprecated<uint32_t>& aPontei
                         if (endereco.IsEmpty()) continue;
                         auto envia = [&](CString& corpo) -> long {
                             if (simula) return pObservador->Mensagem(endereco, corpo, assunto, origem);
-                            return EnviaEmail(endereco, corpo, assunto, origem);
+                            if (lote.Adiciona(endereco, corpo, assunto, origem)) return enviaLote();
+                            return 0;
                         };
                         if (temLista) {
                             DADOS_CORPO_EMAIL cabecalho;
@@ -210,17 +261,23 @@ long CPXEmailAlertaPlano::GeraEEnviaEmail(CQZArray_deprecated<uint32_t>& aPontei
     }
 
     if (simula) return 0;
-    // Only a run that got this far stamps: an inherited alert on the
-    // ancestor that owns it.
+    if (!lote.emails.empty())
+        if (long r = enviaLote()) return r;
+    // Only a run that got this far stamps, all its alerts or none: an
+    // inherited alert on the ancestor that owns it.
+    CQZEscritaAtomica escrita(GetConexao());
+    if (QZ_CHAMA_RASTREADO(hr, kRastroCarimbo, escrita.Inicia())) return aborta(hr, pManutencao->GetErro());
     for (const auto& [ponteiro, indice] : aMarcar)
         if (QZ_CHAMA_RASTREADO(hr, kRastroCarimbo, pManutencao->AtualizaDataHoraEnvioAlerta(ponteiro, indice)))
             return aborta(hr, pManutencao->GetErro());
+    if (QZ_CHAMA_RASTREADO(hr, kRastroCarimbo, escrita.Confirma())) return aborta(hr, pManutencao->GetErro());
     return 0;
 }
 
 long CPXEmailAlertaPlano::SetDadosCorpoEmailSubordinados(DADOS_CORPO_EMAIL& d, const CQZDadosGT_Recurso& recurso,
                                                          const CQZDadosGT_RecursoPlanoManutencao& vinculo,
-                                                         const CPXAvaliacaoVencimento& avaliacao) {
+                                                         const CPXAvaliacaoVencimento& avaliacao,
+                                                         CPXLeiturasSubordinadas& lidas) {
     CQZAcessoGestavoBuffer* pGestavo = GetAcessoGestavo();
     long hr = 0;
     auto aborta = [&](long status) {
@@ -228,28 +285,51 @@ long CPXEmailAlertaPlano::SetDadosCorpoEmailSubordinados(DADOS_CORPO_EMAIL& d, c
         AbortaExecucao(status, texto.GetString(), kIdEnvio, nullptr);
         return kFalhaGenerica;
     };
-    CQZDadosGT_TipoRecurso tipo;
-    if (QZ_CHAMA_RASTREADO(hr, kRastroLeTipoRecurso, pGestavo->LeTipoRecurso(recurso.GetPonteiroTipoRecurso(), &tipo, 0)))
-        return aborta(hr);
-    CQZDadosGT_Filial filial;
-    if (QZ_CHAMA_RASTREADO(hr, kRastroLeFilial, pGestavo->LeFilial(recurso.GetPonteiroFilial(), &filial, 0)))
-        return aborta(hr);
+    auto itTipo = lidas.tipos.find(recurso.GetPonteiroTipoRecurso());
+    if (itTipo == lidas.tipos.end()) {
+        CQZDadosGT_TipoRecurso tipo;
+        if (QZ_CHAMA_RASTREADO(hr, kRastroLeTipoRecurso,
+                               pGestavo->LeTipoRecurso(recurso.GetPonteiroTipoRecurso(), &tipo, 0)))
+            return aborta(hr);
+        itTipo = lidas.tipos.emplace(recurso.GetPonteiroTipoRecurso(), std::move(tipo)).first;
+    }
+    const CQZDadosGT_TipoRecurso& tipo = itTipo->second;
+    auto itFilial = lidas.filiais.find(recurso.GetPonteiroFilial());
+    if (itFilial == lidas.filiais.end()) {
+        CQZDadosGT_Filial filial;
+        if (QZ_CHAMA_RASTREADO(hr, kRastroLeFilial, pGestavo->LeFilial(recurso.GetPonteiroFilial(), &filial, 0)))
+            return aborta(hr);
+        CString codigo = CString::Formatado("%u", static_cast<unsigned>(filial.GetCodigo()));
+        itFilial = lidas.filiais.emplace(recurso.GetPonteiroFilial(),
+                                         CPXLeiturasSubordinadas::Filial{std::move(filial), std::move(codigo)})
+                       .first;
+    }
+    const CQZDadosGT_Filial& filial = itFilial->second.registro;
     CString unidade;
     int decimais = 0;
     if (const uint32_t ponteiroUnidade = recurso.GetPonteiroUnidadeMedidaContador(); ponteiroUnidade != 0) {
-        if (recurso.GetUnidadeProdutoServico() == 'P') {
-            CQZDadosGT_UnidadeMedidaProduto u;
-            if (QZ_CHAMA_RASTREADO(hr, kRastroLeUnidade, pGestavo->LeBufferUnidadeMedidaProduto(ponteiroUnidade, &u, 0)))
-                return aborta(hr);
-            unidade = u.GetCodigo();
-            decimais = u.GetQuantidadeCasasDecimais();
-        } else {
-            CQZDadosGT_UnidadeMedidaServico u;
-            if (QZ_CHAMA_RASTREADO(hr, kRastroLeUnidade, pGestavo->LeBufferUnidadeMedidaServico(ponteiroUnidade, &u, 0)))
-                return aborta(hr);
-            unidade = u.GetCodigo();
-            decimais = u.GetQuantidadeCasasDecimais();
+        const bool produto = recurso.GetUnidadeProdutoServico() == 'P';
+        auto& unidades = produto ? lidas.unidadesProduto : lidas.unidadesServico;
+        auto it = unidades.find(ponteiroUnidade);
+        if (it == unidades.end()) {
+            CPXLeiturasSubordinadas::Unidade lida;
+            if (produto) {
+                CQZDadosGT_UnidadeMedidaProduto u;
+                if (QZ_CHAMA_RASTREADO(hr, kRastroLeUnidade,
+                                       pGestavo->LeBufferUnidadeMedidaProduto(ponteiroUnidade, &u, 0)))
+                    return aborta(hr);
+                lida = {u.GetCodigo(), u.GetQuantidadeCasasDecimais()};
+            } else {
+                CQZDadosGT_UnidadeMedidaServico u;
+                if (QZ_CHAMA_RASTREADO(hr, kRastroLeUnidade,
+                                       pGestavo->LeBufferUnidadeMedidaServico(ponteiroUnidade, &u, 0)))
+                    return aborta(hr);
+                lida = {u.GetCodigo(), u.GetQuantidadeCasasDecimais()};
+            }
+            it = unidades.emplace(ponteiroUnidade, std::move(lida)).first;
         }
+        unidade = it->second.codigo;
+        decimais = it->second.decimais;
     }
     d.sCodigoRecurso = recurso.GetCodigo();
     d.sDescricaoRecurso = recurso.GetDescricao();
@@ -260,7 +340,7 @@ long CPXEmailAlertaPlano::SetDadosCorpoEmailSubordinados(DADOS_CORPO_EMAIL& d, c
     d.sDiasProximaManutencao = avaliacao.temDataProxima ? DiasToString(avaliacao.diasParaProxima) : CString();
     d.sContadorProximaManutencao = MoedaToString(vinculo.GetCiclosContadorProximaManutencao(), decimais);
     d.sUnidadeContador = unidade;
-    d.sCodigoFilial = CString::Formatado("%u", static_cast<unsigned>(filial.GetCodigo()));
+    d.sCodigoFilial = itFilial->second.codigo;
     d.sIdentificacaoFilial = filial.GetIdentificacao();
     d.sNomeFantasiaFilial = filial.GetNomeFantasia();
     d.sRazaoSocial = filial.GetRazaoSocial();

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -87,17 +88,36 @@ std::unique_ptr<CQZArmazemSQL> AbreArmazem(const std::string& caminho) {
     return a;
 }
 
+// The keys of the delivery log's lines from `desde` on (its local time),
+// in order. A stored time orders by local time only within its zone, so the
+// index of the time is searched once per zone a clock can be in.
+std::vector<int64_t> ChavesLogDesde(CQZArmazemSQL& armazem, REG_QZDMAHMSUTC desde) {
+    std::vector<int64_t> chaves;
+    for (int zona = -48; zona <= 56; ++zona) {
+        CQZDadosGT_FiltroEnvioEmail filtro;
+        filtro.SetDesde(REG_QZDMAHMSUTC(static_cast<uint64_t>(static_cast<uint8_t>(zona)) << 38 | desde.GetDataHora()));
+        CQZArray_deprecated<uint32_t> achadas;
+        if (armazem.BuscaPonteirosEnvioEmail(filtro, achadas) != 0)
+            throw ErroAlertas{U(armazem.GetErro().GetMensagem())};
+        chaves.insert(chaves.end(), achadas.Vetor().begin(), achadas.Vetor().end());
+    }
+    std::sort(chaves.begin(), chaves.end());
+    return chaves;
+}
+
 // The delivery log's lines after key `depois`, from `desde` on.
 std::vector<CQZDadosGT_EnvioEmail> LinhasLog(CQZArmazemSQL& armazem, int64_t depois,
                                              std::optional<REG_QZDMAHMSUTC> desde = std::nullopt) {
     std::vector<int64_t> chaves;
-    if (armazem.ListaChaves<CQZDadosGT_EnvioEmail>(chaves) != 0) throw ErroAlertas{U(armazem.GetErro().GetMensagem())};
+    if (desde)
+        chaves = ChavesLogDesde(armazem, *desde);
+    else if (armazem.ListaChaves<CQZDadosGT_EnvioEmail>(chaves) != 0)
+        throw ErroAlertas{U(armazem.GetErro().GetMensagem())};
     std::vector<CQZDadosGT_EnvioEmail> linhas;
     for (int64_t chave : chaves) {
         if (chave <= depois) continue;
         CQZDadosGT_EnvioEmail e;
         if (armazem.LeRegistro(chave, e) != 0) throw ErroAlertas{U(armazem.GetErro().GetMensagem())};
-        if (desde && e.GetDmaHmsEnvio().GetDataHora() < desde->GetDataHora()) continue;
         linhas.push_back(std::move(e));
     }
     return linhas;
@@ -117,13 +137,18 @@ Json LinhaJson(const CQZDadosGT_EnvioEmail& e) {
             {"to", U(e.GetEndereco())},
             {"subject", U(e.GetAssunto())},
             {"reply", U(e.GetRespostaTransporte())},
-            {"status", e.GetSituacao() == E_GT_SITUACAO_ENVIO_EMAIL_ENVIADO ? "sent" : "failed"},
+            {"status", e.GetSituacao() == E_GT_SITUACAO_ENVIO_EMAIL_ENVIADO    ? "sent"
+                       : e.GetSituacao() == E_GT_SITUACAO_ENVIO_EMAIL_PENDENTE ? "pending"
+                                                                               : "failed"},
             {"error", U(e.GetErro())}};
 }
 
 std::string LinhaTexto(const CQZDadosGT_EnvioEmail& e) {
     std::string s = U(DmaHmsToString(e.GetDmaHmsEnvio())) + "  " +
-                    (e.GetSituacao() == E_GT_SITUACAO_ENVIO_EMAIL_ENVIADO ? "enviado" : "falhou ") + "  " +
+                    (e.GetSituacao() == E_GT_SITUACAO_ENVIO_EMAIL_ENVIADO    ? "enviado"
+                     : e.GetSituacao() == E_GT_SITUACAO_ENVIO_EMAIL_PENDENTE ? "pendente"
+                                                                             : "falhou ") +
+                    "  " +
                     U(e.GetEndereco()) + "  " + U(e.GetAssunto()) + "  (plano " +
                     std::to_string(e.GetPonteiroPlano()) + ", alerta " + std::to_string(e.GetIndiceAlerta() + 1) +
                     U(", técnico ") + std::to_string(e.GetPonteiroTecnico()) + ")";

@@ -134,7 +134,8 @@ std::string QZNovoIdMensagem(std::string_view dominio) {
     static std::atomic<uint64_t> contador{0};
     uint64_t aleatorio = 0;
     try {
-        std::random_device rd;
+        // Opened once per thread: opening the source costs more than the id.
+        static thread_local std::random_device rd;
         aleatorio = static_cast<uint64_t>(rd()) << 32 | rd();
     } catch (...) {
         // Without a random source the process id, time and counter still

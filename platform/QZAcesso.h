@@ -55,6 +55,12 @@ public:
     // record and in *pDetalhes when given.
     [[nodiscard]] virtual long EnviaEmail(const CQZDadosGT_Email& email, CQZDadosGT_Erro* pDetalhes, QZModulo modulo,
                                           uint64_t idConta) = 0;
+    // Sends messages in order, each as EnviaEmail does, and stops at the
+    // first one not sent: its status is returned (0 when all were sent).
+    // `*pTratadas`: how many reached the transport, that one included when
+    // it got there (a stop of the service comes before it).
+    [[nodiscard]] virtual long EnviaEmails(const CQZVector<CQZDadosGT_Email>& emails, int64_t* pTratadas,
+                                           CQZDadosGT_Erro* pDetalhes, QZModulo modulo, uint64_t idConta) = 0;
 };
 
 class CQZAcessoGestavoBuffer : public CQZAcessoGestavo {

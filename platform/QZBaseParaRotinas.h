@@ -95,6 +95,17 @@ public:
     // is open; true when it started one, which EncerraLeitura then ends.
     virtual bool IniciaLeitura() { return false; }
     virtual void EncerraLeitura() {}
+    // Starts a write transaction when none is open (`iniciou`: this call
+    // started it): the writes until EncerraEscrita are kept or dropped
+    // together. 0, or the failure in the services' error record.
+    [[nodiscard]] virtual long IniciaEscrita(bool& iniciou) {
+        iniciou = false;
+        return 0;
+    }
+    // Ends the write transaction IniciaEscrita started: commits it
+    // (`confirma`) or rolls it back. A commit that fails is rolled back and
+    // its failure returned, as IniciaEscrita's.
+    [[nodiscard]] virtual long EncerraEscrita(bool /*confirma*/) { return 0; }
 };
 
 // The reads of a scope in one read transaction of the connection, when the
@@ -113,6 +124,30 @@ public:
 private:
     IQZConexaoEmpresa* m_conexao;
     bool m_iniciou;
+};
+
+// The writes of a scope in one write transaction of the connection: all of
+// them or none. Rolled back unless Confirma is called and succeeds, also
+// when a failure is thrown.
+class CQZEscritaAtomica {
+public:
+    explicit CQZEscritaAtomica(IQZConexaoEmpresa* conexao) : m_conexao(conexao) {}
+    ~CQZEscritaAtomica() {
+        if (m_iniciou) (void)m_conexao->EncerraEscrita(false);
+    }
+    CQZEscritaAtomica(const CQZEscritaAtomica&) = delete;
+    CQZEscritaAtomica& operator=(const CQZEscritaAtomica&) = delete;
+
+    [[nodiscard]] long Inicia() { return m_conexao ? m_conexao->IniciaEscrita(m_iniciou) : 0; }
+    [[nodiscard]] long Confirma() {
+        if (!m_iniciou) return 0;
+        m_iniciou = false;
+        return m_conexao->EncerraEscrita(true);
+    }
+
+private:
+    IQZConexaoEmpresa* m_conexao;
+    bool m_iniciou = false;
 };
 
 // Opens the connections of one company; may keep closed-over connections in

@@ -246,6 +246,8 @@ struct CQZCondicao {
         REFERENCIADO,  // some element of list `lista` of record type `registro`, whose
                        // `campoCondicao` = valor, names this record's key in its `campo`
         DESCENDENTES,  // the records under the one at valor, at any depth, through parent field `campo`
+        A_PARTIR_DE,   // campo >= valor
+        ANTES_DE,      // campo < valor
     };
     Op op;
     const char* campo;  // a field's name, as the record declares it
@@ -285,6 +287,15 @@ public:
     template <class T>
     CQZCondicoes& ListaContem(const char* lista, const char* campo, const T& valor) {
         return Adiciona(CQZCondicao::LISTA_CONTEM, campo, QZValorDe(valor), lista);
+    }
+    template <class T>
+    CQZCondicoes& APartirDe(const char* campo, const std::optional<T>& valor) {
+        if (valor) Adiciona(CQZCondicao::A_PARTIR_DE, campo, QZValorDe(*valor), nullptr);
+        return *this;
+    }
+    template <class T>
+    CQZCondicoes& AntesDe(const char* campo, const T& valor) {
+        return Adiciona(CQZCondicao::ANTES_DE, campo, QZValorDe(valor), nullptr);
     }
     CQZCondicoes& Subarvore(const char* campoPai, uint32_t raiz) {
         return Adiciona(CQZCondicao::SUBARVORE, campoPai, static_cast<int64_t>(raiz), nullptr);

@@ -6,6 +6,9 @@
 #   inserting the same rows through one prepared INSERT in one transaction;
 # - the peak memory of `pxlreg import` of 1M and 10M records
 #   (PXLREG_BENCH_MEMORIA: the sizes, "1000000 10000000"; empty skips it).
+# - one alert run over 1,000 and 2,000 plans (100 resource links each), in
+#   memory and on file, each case in a process of its own: time, the 2x/1x
+#   ratio and the peak memory (PXLREG_BENCH_ALERTAS=0 skips it).
 # Usage: scripts/bench.sh [extra Google Benchmark options]
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -16,9 +19,34 @@ cmake --build "$BUILD" -j"$(nproc)" --target pxlreg_bench pxlreg_cli
 OUT="$BUILD/bench.json"
 # The machines are shared: each case runs in repetitions interleaved at
 # random with the others, and the medians are compared.
+# The alert runs are measured below, each in a process of its own.
 "./$BUILD/pxlreg_bench" --benchmark_out="$OUT" --benchmark_out_format=json \
-  --benchmark_repetitions=3 --benchmark_enable_random_interleaving=true \
+  --benchmark_filter=-BM_ExecucaoAlertas --benchmark_repetitions=3 --benchmark_enable_random_interleaving=true \
   --benchmark_report_aggregates_only=true "$@"
+if [ "${PXLREG_BENCH_ALERTAS:-1}" != 0 ]; then
+  # The alert run: each case alone, so its peak memory is its own.
+  for arquivo in 0 1; do
+    for planos in 1000 2000; do
+      "./$BUILD/pxlreg_bench" --benchmark_filter="^BM_ExecucaoAlertas/planos:$planos/arquivo:$arquivo/" \
+        --benchmark_out="$BUILD/alertas_${planos}_${arquivo}.json" --benchmark_out_format=json >/dev/null
+    done
+  done
+  python3 - "$BUILD" <<'PY'
+import json, sys
+casos = {}
+for arquivo in (0, 1):
+    for planos in (1000, 2000):
+        r = json.load(open(f"{sys.argv[1]}/alertas_{planos}_{arquivo}.json"))["benchmarks"][0]
+        if r.get("error_occurred"):
+            sys.exit(f"{r['name']}: {r.get('error_message')}")
+        casos[(arquivo, planos)] = (r["real_time"], r["pico_MB"])
+print()
+print(f"{'alert run':10} {'1x ms':>8} {'2x ms':>8} {'2x/1x':>6} {'peak 1x MiB':>12} {'peak 2x MiB':>12}  (goal: under 1000 ms, ratio within 2.20)")
+for arquivo, nome in ((0, "memory"), (1, "file")):
+    (t1, m1), (t2, m2) = casos[(arquivo, 1000)], casos[(arquivo, 2000)]
+    print(f"{nome:10} {t1:>8.0f} {t2:>8.0f} {t2 / t1:>6.2f} {m1:>12.1f} {m2:>12.1f}")
+PY
+fi
 python3 - "$OUT" "./$BUILD/pxlreg" "${PXLREG_BENCH_MEMORIA-1000000 10000000}" <<'PY'
 import json, os, re, resource, subprocess, sys, tempfile, time
 

@@ -594,7 +594,7 @@ std::unique_ptr<qzsql::BuscaCompilada> Compila(const qzsql::Tabela& t, bool clas
                                std::string("Campo ") + campo + " desconhecido em " + tab.nome + "."};
         return "\"" + std::string(campo) + "\"";
     };
-    std::string where;
+    std::string where, ordem;
     std::vector<qzsql::BuscaCompilada::Ligacao> ligacoes;
     const CQZCondicao* sub = nullptr;
     uint16_t indiceSub = 0;
@@ -619,6 +619,14 @@ std::unique_ptr<qzsql::BuscaCompilada> Compila(const qzsql::Tabela& t, bool clas
                 }
                 break;
             }
+            case CQZCondicao::A_PARTIR_DE:
+            case CQZCondicao::ANTES_DE:
+                termo = "t." + coluna(t, cond.campo) + (cond.op == CQZCondicao::A_PARTIR_DE ? " >= ?" : " < ?");
+                ligacoes.push_back({i, false});
+                // In the range's order its index gives the rows already
+                // sorted: no planner reads the whole table to save a sort.
+                if (ordem.empty()) ordem = "t." + coluna(t, cond.campo) + ", ";
+                break;
             case CQZCondicao::LISTA_CONTEM: {
                 const qzsql::Tabela* filha = nullptr;
                 for (const auto& f : t.filhas)
@@ -662,7 +670,7 @@ std::unique_ptr<qzsql::BuscaCompilada> Compila(const qzsql::Tabela& t, bool clas
     }
     const std::string tab = "\"" + t.nome + "\"";
     if (!sub) {
-        b->comando.sql = "SELECT t.chave FROM " + tab + " AS t" + where + " ORDER BY t.chave";
+        b->comando.sql = "SELECT t.chave FROM " + tab + " AS t" + where + " ORDER BY " + ordem + "t.chave";
         b->ligacoes = std::move(ligacoes);
         b->temCondicao = !where.empty();
         return b;

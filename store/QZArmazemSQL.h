@@ -254,6 +254,8 @@ public:
     IQZPX_Disciplina* Disciplina() override { return &m_disciplina; }
     bool IniciaLeitura() override;
     void EncerraLeitura() override { m_banco.EncerraTransacao(); }
+    [[nodiscard]] long IniciaEscrita(bool& iniciou) override;
+    [[nodiscard]] long EncerraEscrita(bool confirma) override;
 
     static void DefineAuditorPlanos(IQZAuditorPlanos* auditor);
     // The rows of a plan that read a whole table or index.
@@ -290,6 +292,8 @@ public:
     [[nodiscard]] long GetEmailContaConfigurada(uint64_t* pIdConta, QZModulo modulo) override;
     [[nodiscard]] long EnviaEmail(const CQZDadosGT_Email& email, CQZDadosGT_Erro* pDetalhes, QZModulo modulo,
                                   uint64_t idConta) override;
+    [[nodiscard]] long EnviaEmails(const CQZVector<CQZDadosGT_Email>& emails, int64_t* pTratadas,
+                                   CQZDadosGT_Erro* pDetalhes, QZModulo modulo, uint64_t idConta) override;
     // Sends through this transport instead of the one the account names
     // (null: the account's).
     void DefineTransporteEmail(IQZTransporteEmail* transporte) { m_pTransporteEmail = transporte; }
@@ -370,6 +374,9 @@ public:
 private:
     template <class F>
     long Despacha(const char* operacao, F&& fn);
+
+    // The sending behind EnviaEmail and EnviaEmails (QZArmazemSQLEmail.cpp).
+    long EnviaLote(const CQZDadosGT_Email* emails, size_t quantidade, int64_t* pTratadas, uint64_t idConta);
 
     // SQL plumbing (QZArmazemSQL.cpp).
     // Binds a value; text in Windows-1252 that is plain ASCII is bound as it

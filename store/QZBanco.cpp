@@ -75,6 +75,14 @@ void CQZBanco::EncerraTransacao() {
     }
 }
 
+void CQZBanco::ConfirmaTransacao() {
+    if (m_nivel > 0) Confirma();
+}
+
+void CQZBanco::DesfazTransacao() noexcept {
+    if (m_nivel > 0) Desfaz();
+}
+
 void CQZBanco::Inicia(EModoTransacao modo) {
     static const uint32_t kLeitura = NovoSlot(), kEscrita = NovoSlot();
     {

@@ -194,6 +194,10 @@ public:
     // ended by EncerraTransacao (committed; a read transaction writes nothing).
     bool IniciaTransacao(EModoTransacao modo);
     void EncerraTransacao();
+    // The same end, told: a commit that fails is rolled back and thrown (Falha).
+    void ConfirmaTransacao();
+    // Rolls back the open transaction, if any.
+    void DesfazTransacao() noexcept;
     // Runs fn (returning a long status) in a transaction; inside an open
     // one it joins it. The outermost transaction commits when fn returns 0
     // and rolls back when it returns anything else or throws.

@@ -99,6 +99,9 @@ private:
 enum _E_GT_SITUACAO_ENVIO_EMAIL : uint8_t {
     E_GT_SITUACAO_ENVIO_EMAIL_ENVIADO = 1,  // the transport took it
     E_GT_SITUACAO_ENVIO_EMAIL_FALHOU = 2,   // refused or not delivered to the transport
+    // Logged before the hand-over and not settled since: the sending was
+    // cut short there, and the message may or may not have gone.
+    E_GT_SITUACAO_ENVIO_EMAIL_PENDENTE = 3,
 };
 
 // The delivery log: one line per message handed to a transport, written by
@@ -121,4 +124,19 @@ class CQZDadosGT_EnvioEmail : public TQZBaseParaDados {
     QZ_REGISTRO(CQZDadosGT_EnvioEmail, CAMPOS_GT_ENVIO_EMAIL)
 public:
     QZModulo OnGetModulo() const override { return QZ_MODULO_GT; }
+};
+
+// The delivery log's lines from a moment on, through the index of the time.
+// A stored time orders by local time only among times of one zone (the zone
+// sits above the date in its bits): Desde selects the lines of its own zone.
+#define CRITERIOS_GT_FILTRO_ENVIO_EMAIL(CRITERIO) CRITERIO(REG_QZDMAHMSUTC, Desde)
+
+class CQZDadosGT_FiltroEnvioEmail : public TQZBaseFiltro {
+    QZ_FILTRO(CQZDadosGT_FiltroEnvioEmail, CQZDadosGT_EnvioEmail, CRITERIOS_GT_FILTRO_ENVIO_EMAIL)
+public:
+    void MontaCondicoes(CQZCondicoes& c, bool) const override {
+        if (!m_critDesde) return;
+        const uint64_t zona = m_critDesde->ullValor >> 38;
+        c.APartirDe("DmaHmsEnvio", m_critDesde).AntesDe("DmaHmsEnvio", REG_QZDMAHMSUTC((zona + 1) << 38));
+    }
 };

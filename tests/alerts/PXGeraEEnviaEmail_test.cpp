@@ -427,3 +427,76 @@ TEST_F(PXGeraEEnviaEmailTest, AtLeastOnceAgainstARealServerThatRefusesTheThirdMe
                                         "a@empresa.com.br", "b@empresa.com.br"}),
               recebidas);
 }
+
+TEST_F(PXGeraEEnviaEmailTest, TheStampsOfARunAreWrittenAllOrNone) {
+    const uint32_t t = Tecnico("T1", {"t1@empresa.com.br"});
+    const uint32_t plano = Plano("P1", {Alerta("Um", modeloLista, {t}), Alerta("Dois", modeloLista, {t})});
+    Recurso("R1", plano, 1);
+    struct Caso {
+        const char* operacao;
+        long chamada;
+    };
+    // The second stamp, the transaction's start, its commit.
+    const Caso casos[] = {{"AtualizaDataHoraEnvioAlerta", 2}, {"IniciaEscrita", 1}, {"ConfirmaEscrita", 1}};
+    for (const auto& c : casos) {
+        SCOPED_TRACE(c.operacao);
+        ZeraChamadas();
+        falhas.FalhaEm(c.operacao, c.chamada, QZ_E_BANCO_OCUPADO, "Banco ocupado.");
+        const Lancada l = Executa();
+        ASSERT_TRUE(l.lancou);
+        EXPECT_EQ(QZ_E_BANCO_OCUPADO, l.codigo);
+        EXPECT_EQ(1111, l.id);
+        EXPECT_EQ(CString(std::string("Banco ocupado. (") + c.operacao + ")"), l.descricao);
+        EXPECT_TRUE(Carimbo(plano, 0).EhVazio());
+        EXPECT_TRUE(Carimbo(plano, 1).EhVazio());
+    }
+    ZeraChamadas();
+    ASSERT_FALSE(Executa().lancou);
+    EXPECT_EQ(REG_QZDMAHMSUTC(10, 3, 2026, 9, 30, 0), Carimbo(plano, 0));
+    EXPECT_EQ(REG_QZDMAHMSUTC(10, 3, 2026, 9, 30, 0), Carimbo(plano, 1));
+    EXPECT_EQ(8u, captura.Enviadas().size()) << "two for each of the four runs";
+}
+
+TEST_F(PXGeraEEnviaEmailTest, MessagesGoInBatchesAndARefusalEndsTheRunWhereverItFalls) {
+    // One address more than a batch holds: two batches of one list e-mail each.
+    constexpr size_t n = CPXLoteEmails::kMaximoEmails + 1;
+    CQZDadosPX_Tecnico tecnico;
+    tecnico.SetCodigo("T1").SetNome("Técnico").SetTipoClassificacao(1);
+    for (size_t i = 0; i < n; ++i)
+        tecnico.AdicionaEmail(CQZDadosPX_TecnicoEmail().SetEndereco(CString::Formatado("t%zu@empresa.com.br", i)));
+    const uint32_t t = Grava(tecnico).GetPosicao();
+    const uint32_t plano = Plano("P1", {Alerta("Um", modeloLista, {t})});
+    Recurso("R1", plano, 1);
+    struct Caso {
+        const char* nome;
+        size_t recusaDesde;  // 1-based; 0: none
+        long lotes;          // batches handed to the service
+        size_t tentativas;   // messages the transport saw
+    };
+    // The run that succeeds stamps the alert, and so comes last.
+    const Caso casos[] = {
+        {"refused in the first batch", 3, 1, 3},
+        {"refused in the second", n, 2, n},
+        {"none refused", 0, 2, n},
+    };
+    for (const auto& c : casos) {
+        SCOPED_TRACE(c.nome);
+        ZeraChamadas();
+        CQZTransporteCaptura transporte;
+        if (c.recusaDesde) transporte.Recusa(554, "554 5.7.1 Recusado", c.recusaDesde);
+        fabrica->DefineTransporteEmail(&transporte);
+        std::vector<int64_t> chaves;
+        ASSERT_EQ(0, armazem.ListaChaves<CQZDadosGT_EnvioEmail>(chaves));
+        const size_t linhasAntes = chaves.size();
+        const Lancada l = Executa();
+        EXPECT_EQ(c.recusaDesde != 0, l.lancou);
+        EXPECT_EQ(c.lotes, falhas.Chamadas("EnviaEmails"));
+        EXPECT_EQ(c.tentativas, transporte.Tentativas());
+        EXPECT_EQ(c.recusaDesde ? c.recusaDesde - 1 : n, transporte.Enviadas().size());
+        EXPECT_EQ(c.recusaDesde == 0, !Carimbo(plano, 0).EhVazio());
+        // One log line per message the transport saw, none for the rest.
+        ASSERT_EQ(0, armazem.ListaChaves<CQZDadosGT_EnvioEmail>(chaves));
+        EXPECT_EQ(c.tentativas, chaves.size() - linhasAntes);
+    }
+    fabrica->DefineTransporteEmail(&captura);
+}

@@ -17,6 +17,7 @@
 
 #include "host/PXAgendador.h"
 #include "host/PXComandos.h"
+#include "store/QZArmazemSQL.h"
 
 namespace {
 
@@ -151,6 +152,57 @@ TEST_F(PXComandosAlertasTest, AFailedRunExitsOneWithTheRoutinesCodeAndText) {
         {{"alerts", "log", Armazem(), "--since", "2026-03-10"}, 0},
     };
     for (const auto& c : casos) EXPECT_EQ(c.codigo, Roda(c.args).codigo) << ::testing::PrintToString(c.args);
+}
+
+TEST_F(PXComandosAlertasTest, TheLogSinceADateComparesLocalTimesWhateverTheirZone) {
+    ASSERT_EQ(0, Roda({"init", Armazem()}).codigo);
+    {
+        CQZArmazemSQL armazem(Armazem(), QZ_ABRE_EXISTENTE);
+        ASSERT_TRUE(armazem.EstaAberto());
+        struct Linha {
+            const char* para;
+            REG_QZDMAHMSUTC quando;
+            uint8_t situacao;
+        };
+        // Zones in quarters of an hour: Brasília, UTC, one hour east.
+        const Linha linhas[] = {
+            {"a@x.com", REG_QZDMAHMSUTC(REG_QZDMA(9, 3, 2026), 23, 0, 0, -12), E_GT_SITUACAO_ENVIO_EMAIL_ENVIADO},
+            {"b@x.com", REG_QZDMAHMSUTC(REG_QZDMA(10, 3, 2026), 8, 0, 0, -12), E_GT_SITUACAO_ENVIO_EMAIL_FALHOU},
+            {"c@x.com", REG_QZDMAHMSUTC(REG_QZDMA(10, 3, 2026), 9, 0, 0, 0), E_GT_SITUACAO_ENVIO_EMAIL_PENDENTE},
+            {"d@x.com", REG_QZDMAHMSUTC(REG_QZDMA(10, 3, 2026), 10, 0, 0, 4), E_GT_SITUACAO_ENVIO_EMAIL_ENVIADO},
+            {"e@x.com", REG_QZDMAHMSUTC(REG_QZDMA(11, 3, 2026), 0, 0, 0, -12), E_GT_SITUACAO_ENVIO_EMAIL_ENVIADO},
+        };
+        for (const auto& l : linhas) {
+            CQZDadosGT_EnvioEmail e;
+            e.SetEndereco(l.para).SetDmaHmsEnvio(l.quando).SetSituacao(l.situacao);
+            ASSERT_EQ(0, armazem.Insere(e)) << QZParaUtf8(armazem.GetErro().GetMensagem());
+        }
+    }
+    struct Caso {
+        const char* desde;
+        std::vector<std::string> para;
+    };
+    const Caso casos[] = {
+        {"2000-01-01", {"a@x.com", "b@x.com", "c@x.com", "d@x.com", "e@x.com"}},
+        {"2026-03-10", {"b@x.com", "c@x.com", "d@x.com", "e@x.com"}},
+        {"2026-03-10 08:30", {"c@x.com", "d@x.com", "e@x.com"}},
+        {"2026-03-10 10:00:00", {"d@x.com", "e@x.com"}},
+        {"2026-03-11", {"e@x.com"}},
+        {"2026-03-12", {}},
+    };
+    for (const auto& c : casos) {
+        SCOPED_TRACE(c.desde);
+        const auto r = Roda({"--json", "alerts", "log", Armazem(), "--since", c.desde});
+        ASSERT_EQ(0, r.codigo) << r.erros;
+        std::vector<std::string> para;
+        std::istringstream linhas(r.saida);
+        for (std::string l; std::getline(linhas, l);) {
+            const auto j = nlohmann::json::parse(l);
+            para.push_back(j["to"]);
+            EXPECT_EQ(para.back() == "c@x.com" ? "pending" : j["status"].get<std::string>(), j["status"]);
+        }
+        EXPECT_EQ(c.para, para);
+    }
 }
 
 class PXAgendadorTest : public PXComandosAlertasTest {

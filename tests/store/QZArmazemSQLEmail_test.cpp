@@ -145,3 +145,101 @@ TEST_F(QZArmazemSQLEmailTest, ThePlanSearchKeepsActivePlansThatAnActiveResourceL
         EXPECT_EQ(c.esperado, obtido) << int(c.ativo) << int(c.ativoRecurso);
     }
 }
+
+namespace {
+
+// Hands messages to a capture, and first writes down what another
+// connection sees of the delivery log at that moment: one digit per line
+// (its situation), lines after key `depois`.
+class TransporteQueLeOLog : public IQZTransporteEmail {
+public:
+    TransporteQueLeOLog(CQZTransporteCaptura& captura, CQZArmazemSQL& outra) : m_captura(captura), m_outra(outra) {}
+    long Envia(const CQZMensagemEmail& mensagem, CQZResultadoEnvio& resultado) override {
+        vistos.push_back(Situacoes(m_outra, depois));
+        return m_captura.Envia(mensagem, resultado);
+    }
+    static std::string Situacoes(CQZArmazemSQL& armazem, int64_t depois) {
+        std::vector<int64_t> chaves;
+        if (armazem.ListaChaves<CQZDadosGT_EnvioEmail>(chaves) != 0) return "?";
+        std::string s;
+        for (int64_t chave : chaves) {
+            CQZDadosGT_EnvioEmail e;
+            if (chave <= depois) continue;
+            if (armazem.LeRegistro(chave, e) != 0) return "?";
+            s += static_cast<char>('0' + e.GetSituacao());
+        }
+        return s;
+    }
+    int64_t depois = 0;
+    std::vector<std::string> vistos;
+
+private:
+    CQZTransporteCaptura& m_captura;
+    CQZArmazemSQL& m_outra;
+};
+
+}  // namespace
+
+TEST_F(QZArmazemSQLEmailTest, ABatchIsLoggedPendingBeforeTheHandOverAndSettledAfterUpToTheFirstRefusal) {
+    Grava(Conta());
+    CQZDadosGT_Erro erro;
+    auto outra = fabrica->AbreArmazem(erro);
+    ASSERT_TRUE(outra) << QZParaUtf8(erro.GetMensagem());
+    struct Caso {
+        const char* nome;
+        size_t mensagens;
+        size_t recusaDesde;  // 1-based; 0: none
+        long falhaEm;        // the hook stops the batch before this message (1-based; 0: never)
+        long hr;
+        int64_t tratadas;
+        std::string depois;  // the lines after the batch, one digit per situation
+    };
+    const Caso casos[] = {
+        {"all sent", 3, 0, 0, 0, 3, "111"},
+        {"the second refused", 3, 2, 0, QZ_E_ENVIO_EMAIL, 2, "12"},
+        {"the first refused", 3, 1, 0, QZ_E_ENVIO_EMAIL, 1, "2"},
+        {"stopped before the third", 3, 0, 3, QZ_E_BANCO_OCUPADO, 2, "11"},
+        {"an empty batch", 0, 0, 0, 0, 0, ""},
+    };
+    for (const auto& c : casos) {
+        SCOPED_TRACE(c.nome);
+        CQZTransporteCaptura captura;
+        if (c.recusaDesde) captura.Recusa(554, "554 5.7.1 Recusado", c.recusaDesde);
+        falhas.Limpa();
+        falhas.ZeraContagem();
+        if (c.falhaEm) falhas.FalhaEm("EnviaEmail", c.falhaEm, QZ_E_BANCO_OCUPADO, "Banco ocupado.");
+        TransporteQueLeOLog transporte(captura, *outra);
+        armazem.DefineTransporteEmail(&transporte);
+        std::vector<int64_t> chaves;
+        ASSERT_EQ(0, armazem.ListaChaves<CQZDadosGT_EnvioEmail>(chaves));
+        transporte.depois = chaves.empty() ? 0 : chaves.back();
+
+        CQZVector<CQZDadosGT_Email> lote;
+        for (size_t i = 0; i < c.mensagens; ++i) {
+            lote.push_back(Email(CString::Formatado("t%zu@empresa.com.br", i), "corpo"));
+            lote.back().SetOrigem(CQZOrigemEmail{7, static_cast<uint32_t>(i), 40 + static_cast<uint32_t>(i)});
+        }
+        int64_t tratadas = -1;
+        CQZDadosGT_Erro detalhes;
+        EXPECT_EQ(c.hr, armazem.EnviaEmails(lote, &tratadas, &detalhes, QZ_MODULO_GT, 0));
+        EXPECT_EQ(c.tratadas, tratadas);
+        EXPECT_EQ(c.hr, detalhes.GetUltimoHR());
+        // At every hand-over the whole batch was already in the log, pending.
+        EXPECT_EQ(std::vector<std::string>(static_cast<size_t>(c.tratadas), std::string(c.mensagens, '3')),
+                  transporte.vistos);
+        EXPECT_EQ(c.depois, TransporteQueLeOLog::Situacoes(*outra, transporte.depois));
+        ASSERT_EQ(0, armazem.ListaChaves<CQZDadosGT_EnvioEmail>(chaves));
+        for (int64_t chave : chaves) {
+            if (chave <= transporte.depois) continue;
+            CQZDadosGT_EnvioEmail e;
+            ASSERT_EQ(0, armazem.LeRegistro(chave, e));
+            const uint32_t i = e.GetIndiceAlerta();
+            EXPECT_EQ(CString::Formatado("t%u@empresa.com.br", i), e.GetEndereco());
+            EXPECT_EQ(7u, e.GetPonteiroPlano());
+            EXPECT_EQ(40 + i, e.GetPonteiroTecnico());
+            EXPECT_EQ(e.GetSituacao() == E_GT_SITUACAO_ENVIO_EMAIL_ENVIADO ? "250 aceita" : "554 5.7.1 Recusado",
+                      e.GetRespostaTransporte().str());
+        }
+    }
+    armazem.DefineTransporteEmail(nullptr);
+}
