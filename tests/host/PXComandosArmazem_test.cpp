@@ -19,16 +19,13 @@
 #include "host/PXComandos.h"
 #include "host/PXTiposHost.h"
 #include "platform/CString.h"
+#include "tests/support/PXLinhaComandoTeste.h"
 
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-struct Resultado {
-    int codigo;
-    std::string saida, erros;
-    Json json() const { return Json::parse(saida); }
-};
+using Resultado = PXResultadoComando;
 
 // Accepts `limite` bytes, then fails every write, as a full disk does.
 class SaidaLimitada : public std::streambuf {

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "host/PXComandos.h"
+#include "tests/support/PXLinhaComandoTeste.h"
 
 namespace {
 
@@ -28,17 +29,9 @@ protected:
         for (const char* s : {"", "-wal", "-shm"}) std::remove((m_arquivo + s).c_str());
     }
 
-    struct Resultado {
-        int codigo;
-        std::string saida, erros;
-        Json json() const { return Json::parse(saida); }
-    };
+    using Resultado = PXResultadoComando;
     static Resultado Roda(std::vector<std::string> args, const std::string& entrada = {}) {
-        args.insert(args.begin(), "pxlreg");
-        std::istringstream in(entrada);
-        std::ostringstream out, err;
-        const int codigo = PXLinhaComando(args, in, out, err);
-        return {codigo, out.str(), err.str()};
+        return PXRodaComando(std::move(args), entrada);
     }
 
     std::vector<Json> Ordens() {
@@ -125,9 +118,6 @@ TEST_F(PXComandosManutencaoTest, ANewOrderIsNumberedInTheMonthOfItsIssue) {
 }
 
 namespace {
-
-// Literals are compiled as Windows-1252; JSON and the terminal speak UTF-8.
-std::string U8(const char8_t* s) { return reinterpret_cast<const char*>(s); }
 
 // The records of one type, as export writes them.
 std::vector<Json> Exporta(const std::string& arquivo, const std::string& tipo) {

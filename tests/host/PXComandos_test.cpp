@@ -17,19 +17,13 @@
 #include "tests/support/PXPostgresTeste.h"
 #include "host/PXTiposHost.h"
 #include "store/QZArmazemSQL.h"
+#include "tests/support/PXLinhaComandoTeste.h"
 
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string U8(const char8_t* s) { return reinterpret_cast<const char*>(s); }
-
-struct Resultado {
-    int codigo;
-    std::string saida;
-    std::string erros;
-    Json json() const { return Json::parse(saida); }
-};
+using Resultado = PXResultadoComando;
 
 class PXComandosTest : public ::testing::Test {
 protected:
@@ -49,11 +43,7 @@ protected:
     }
 
     static Resultado Roda(std::vector<std::string> args, const std::string& entrada = {}) {
-        args.insert(args.begin(), "pxlreg");
-        std::istringstream in(entrada);
-        std::ostringstream out, err;
-        int codigo = PXLinhaComando(args, in, out, err);
-        return {codigo, out.str(), err.str()};
+        return PXRodaComando(std::move(args), entrada);
     }
 
     void CriaDemo() {

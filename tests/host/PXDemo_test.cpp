@@ -12,17 +12,13 @@
 #include "host/PXComandosAdicionais.h"
 #include "host/PXLeituraJson.h"
 #include "platform/QZDatas.h"
+#include "tests/support/PXLinhaComandoTeste.h"
 
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-struct Resultado {
-    int codigo;
-    std::string saida;
-    std::string erros;
-    Json json() const { return Json::parse(saida); }
-};
+using Resultado = PXResultadoComando;
 
 std::string Mes(const REG_QZDMA& d, int meses) {
     const REG_QZDMA m = d.SomaMeses(meses);
@@ -58,11 +54,7 @@ protected:
         ::rmdir(saida.c_str());
     }
     static Resultado Roda(std::vector<std::string> args, const std::string& entrada = {}) {
-        args.insert(args.begin(), "pxlreg");
-        std::istringstream in(entrada);
-        std::ostringstream out, err;
-        const int codigo = PXLinhaComando(args, in, out, err);
-        return {codigo, out.str(), err.str()};
+        return PXRodaComando(std::move(args), entrada);
     }
 
     std::string m_arquivo;

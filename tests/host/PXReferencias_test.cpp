@@ -11,20 +11,13 @@
 #include "host/PXTiposHost.h"
 #include "store/QZArmazemSQL.h"
 #include "tests/support/PXPostgresTeste.h"
+#include "tests/support/PXLinhaComandoTeste.h"
 
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Expected texts are written as UTF-8, as the command prints them.
-std::string U8(const char8_t* s) { return reinterpret_cast<const char*>(s); }
-
-struct Resultado {
-    int codigo;
-    std::string saida;
-    std::string erros;
-    Json json() const { return Json::parse(saida); }
-};
+using Resultado = PXResultadoComando;
 
 class PXReferenciasTest : public ::testing::Test {
 protected:
@@ -41,11 +34,7 @@ protected:
         for (const char* s : {"", "-wal", "-shm"}) std::remove((m_arquivo + s).c_str());
     }
     static Resultado Roda(std::vector<std::string> args, const std::string& entrada = {}) {
-        args.insert(args.begin(), "pxlreg");
-        std::istringstream in(entrada);
-        std::ostringstream out, err;
-        const int codigo = PXLinhaComando(args, in, out, err);
-        return {codigo, out.str(), err.str()};
+        return PXRodaComando(std::move(args), entrada);
     }
     std::string Exporta() { return Roda({"export", m_arquivo}).saida; }
 
