@@ -101,16 +101,23 @@ long CargaOrdens(CQZArmazemSQL& a, int64_t n) {
 // Inside the plant's periods.
 const CQZRelogioFixo kRelogio{REG_QZDMAHMSUTC(10, 3, 2026, 9, 30, 0)};
 
-// A finished order saved again unchanged: allowed.
-void OrdemGravada(benchmark::State& state, bool leituras) {
-    pxbench::Planta& planta = pxbench::Planta::De("ordens", state.range(0), state.range(1), CargaOrdens, &kRelogio);
-    CQZDadosPX_Manutencao ordem;
+// The movement in the middle of the plant's March file, saved again
+// unchanged: allowed.
+template <class H, class R>
+void ValidaGravado(benchmark::State& state, pxbench::Planta& planta, bool leituras) {
+    R registro;
     const auto chave = static_cast<int64_t>(REG_QZDMC(REG_QZMA(3, 2026), static_cast<uint32_t>(state.range(1) / 2)).GetValor());
-    if (planta.Armazem().LeRegistro(chave, ordem) != 0) {
+    if (planta.Armazem().LeRegistro(chave, registro) != 0) {
         state.SkipWithError("read failed");
         return;
     }
-    pxbench::Valida<CPXTrataDadosManutencao>(state, planta, ordem, 1, leituras);
+    pxbench::Valida<H>(state, planta, registro, 1, leituras);
+}
+
+// A finished order: its tasks, components and time entries are checked.
+void OrdemGravada(benchmark::State& state, bool leituras) {
+    pxbench::Planta& planta = pxbench::Planta::De("ordens", state.range(0), state.range(1), CargaOrdens, &kRelogio);
+    ValidaGravado<CPXTrataDadosManutencao, CQZDadosPX_Manutencao>(state, planta, leituras);
 }
 
 CQZDadosPX_LancamentoGastos Lancamento(uint32_t i) {
@@ -137,13 +144,7 @@ long CargaLancamentos(CQZArmazemSQL& a, int64_t n) {
 // A saved expense entry: read by its key and its stamp compared.
 void LancamentoGravado(benchmark::State& state, bool leituras) {
     pxbench::Planta& planta = pxbench::Planta::De("lancamentos", state.range(0), state.range(1), CargaLancamentos);
-    CQZDadosPX_LancamentoGastos lancamento;
-    const auto chave = static_cast<int64_t>(REG_QZDMC(REG_QZMA(3, 2026), static_cast<uint32_t>(state.range(1) / 2)).GetValor());
-    if (planta.Armazem().LeRegistro(chave, lancamento) != 0) {
-        state.SkipWithError("read failed");
-        return;
-    }
-    pxbench::Valida<CPXTrataDadosLancamentoGastos>(state, planta, lancamento, 1, leituras);
+    ValidaGravado<CPXTrataDadosLancamentoGastos, CQZDadosPX_LancamentoGastos>(state, planta, leituras);
 }
 
 }  // namespace
