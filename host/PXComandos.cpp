@@ -696,91 +696,154 @@ struct RegistroLido {
     long numero;
 };
 
-// An import runs as two stages: one thread reads and parses the lines, the
-// command's own thread writes the records, in order, in its transaction.
-// Between them a short queue of batches bounds memory; an error of the
-// reader reaches the writer after every record before it, so the first bad
-// line is the one reported either way.
+// Lines of the input, copied out of the reader's block, in input order;
+// the reading's own error (a line too long, a read failure) after them.
+struct LoteTexto {
+    struct Linha {
+        size_t inicio, tamanho;
+        long numero;
+    };
+    uint64_t sequencia = 0;
+    std::string texto;
+    std::vector<Linha> linhas;
+    std::exception_ptr erro;
+};
+
+// The same lines read into records; a bad line ends the batch with its error.
+struct LoteLido {
+    std::vector<RegistroLido> registros;
+    std::exception_ptr erro;
+};
+
+// An import runs in stages: parser threads take batches of lines from one
+// shared reader and parse them side by side (parsing is most of an import's
+// work); the command's own thread writes the records in input order, in its
+// transaction. A window of batches bounds memory, and since batches are
+// written in order, the first bad line is the one reported.
 class FilaImportacao {
 public:
-    static constexpr size_t kLote = 512;
-    static constexpr size_t kLotesMaximos = 8;
+    static constexpr size_t kLinhasLote = 512;
+    static constexpr size_t kBytesLote = size_t{1} << 20;
+    static constexpr uint64_t kJanela = 8;
 
-    // Reader side: false when the writer gave up.
-    bool Entrega(std::vector<RegistroLido>&& lote) {
-        std::unique_lock<std::mutex> trava(m_mutex);
-        m_cheia.wait(trava, [&] { return m_lotes.size() < kLotesMaximos || m_desistiu; });
-        if (m_desistiu) return false;
-        m_lotes.push_back(std::move(lote));
-        m_vazia.notify_one();
+    FilaImportacao(Entrada& fonte, size_t maximoLinha) : m_leitor(fonte, maximoLinha) {}
+
+    // Parser side: the next batch of lines; false at the end of the input
+    // or when the writer gave up.
+    bool ProximasLinhas(LoteTexto& lote) {
+        std::lock_guard<std::mutex> trava(m_leitura);
+        if (m_fimEntrada || Desistiu()) return false;
+        lote.sequencia = m_sequencia++;
+        lote.texto.clear();
+        lote.linhas.clear();
+        lote.erro = nullptr;
+        try {
+            std::string_view l;
+            while (lote.linhas.size() < kLinhasLote && lote.texto.size() < kBytesLote) {
+                if (!m_leitor.Proxima(l)) {
+                    m_fimEntrada = true;
+                    break;
+                }
+                if (l.find_first_not_of(" \t\r") == std::string_view::npos) continue;
+                lote.linhas.push_back({lote.texto.size(), l.size(), m_leitor.Numero()});
+                lote.texto.append(l);
+            }
+        } catch (...) {
+            lote.erro = std::current_exception();
+            m_fimEntrada = true;
+        }
         return true;
     }
-    void Termina(std::exception_ptr erro) {
-        std::lock_guard<std::mutex> trava(m_mutex);
-        m_fim = true;
-        m_erro = std::move(erro);
-        m_vazia.notify_one();
-    }
-    // Writer side: false at the end (rethrowing the reader's error, if any).
-    bool Proximo(std::vector<RegistroLido>& lote) {
+    // Parser side: a batch parsed; false when the writer gave up.
+    bool Entrega(uint64_t sequencia, LoteLido&& lote) {
         std::unique_lock<std::mutex> trava(m_mutex);
-        m_vazia.wait(trava, [&] { return !m_lotes.empty() || m_fim; });
-        if (m_lotes.empty()) {
-            if (m_erro) std::rethrow_exception(m_erro);
+        // The batch the writer waits for is always inside the window.
+        m_cabe.wait(trava, [&] { return sequencia < m_proxima + kJanela || m_desistiu; });
+        if (m_desistiu) return false;
+        m_prontos.emplace(sequencia, std::move(lote));
+        if (sequencia == m_proxima) m_pronto.notify_one();
+        return true;
+    }
+    // Parser side: this parser takes no more batches. A failure outside any
+    // batch (memory) may have lost one: it ends the import.
+    void Termina(std::exception_ptr falha) {
+        std::lock_guard<std::mutex> trava(m_mutex);
+        ++m_terminados;
+        if (falha && !m_falha) m_falha = std::move(falha);
+        m_pronto.notify_one();
+    }
+    // Writer side: the next batch in input order; false at the end. The
+    // parsers' count tells the end: when all have stopped, no batch is owed.
+    bool Proximo(LoteLido& lote, size_t leitores) {
+        std::unique_lock<std::mutex> trava(m_mutex);
+        m_pronto.wait(trava, [&] { return m_prontos.count(m_proxima) || m_falha || m_terminados == leitores; });
+        auto it = m_prontos.find(m_proxima);
+        if (it == m_prontos.end()) {
+            if (m_falha) std::rethrow_exception(m_falha);
             return false;
         }
-        lote = std::move(m_lotes.front());
-        m_lotes.pop_front();
-        m_cheia.notify_one();
+        lote = std::move(it->second);
+        m_prontos.erase(it);
+        ++m_proxima;
+        m_cabe.notify_all();
         return true;
     }
     void Desiste() {
         std::lock_guard<std::mutex> trava(m_mutex);
         m_desistiu = true;
-        m_cheia.notify_one();
+        m_cabe.notify_all();
     }
 
 private:
-    std::mutex m_mutex;
-    std::condition_variable m_cheia, m_vazia;
-    std::deque<std::vector<RegistroLido>> m_lotes;
-    bool m_fim = false, m_desistiu = false;
-    std::exception_ptr m_erro;
+    bool Desistiu() {
+        std::lock_guard<std::mutex> trava(m_mutex);
+        return m_desistiu;
+    }
+
+    std::mutex m_leitura;  // the reader below and the numbering of batches
+    LeitorLinhas m_leitor;
+    uint64_t m_sequencia = 0;
+    bool m_fimEntrada = false;
+
+    std::mutex m_mutex;  // everything below
+    std::condition_variable m_cabe, m_pronto;
+    std::map<uint64_t, LoteLido> m_prontos;
+    uint64_t m_proxima = 0;
+    size_t m_terminados = 0;
+    std::exception_ptr m_falha;
+    bool m_desistiu = false;
 };
 
-// The reader stage: every line of the input into records, in batches.
-void LeRegistros(std::istream& entrada, const std::string& nome, const CPXLimitesJson& limites, FilaImportacao& fila) {
-    Entrada fonte(entrada, nome);
-    LeitorLinhas leitor(fonte, limites.linha);
-    std::vector<RegistroLido> lote;
+// A parser stage: batches of lines into records until the input ends.
+void LeRegistros(const CPXLimitesJson& limites, FilaImportacao& fila) {
     CPXLeitorRegistrosJson registros(limites);
-    std::string_view l;
-    try {
-        while (leitor.Proxima(l)) {
-            const long numero = leitor.Numero();
-            if (l.find_first_not_of(" \t\r") == std::string_view::npos) continue;
-            const IPXTipoHost* tipo = nullptr;
-            std::unique_ptr<TQZBaseParaDados> reg;
-            try {
-                reg = registros.Le(l, numero, tipo);
-            } catch (const CPXErroLeituraJson& e) {
-                Erro(e.what(), e.Linha(), e.Campo());
+    LoteTexto linhas;
+    while (fila.ProximasLinhas(linhas)) {
+        LoteLido lido;
+        lido.registros.reserve(linhas.linhas.size());
+        try {
+            for (const auto& l : linhas.linhas) {
+                const IPXTipoHost* tipo = nullptr;
+                std::unique_ptr<TQZBaseParaDados> reg;
+                try {
+                    reg = registros.Le(std::string_view(linhas.texto).substr(l.inicio, l.tamanho), l.numero, tipo);
+                } catch (const CPXErroLeituraJson& e) {
+                    Erro(e.what(), e.Linha(), e.Campo());
+                }
+                lido.registros.push_back({tipo, std::move(reg), l.numero});
             }
-            lote.push_back({tipo, std::move(reg), numero});
-            if (lote.size() == FilaImportacao::kLote) {
-                if (!fila.Entrega(std::move(lote))) return;
-                lote.clear();
-                lote.reserve(FilaImportacao::kLote);
-            }
+            lido.erro = linhas.erro;
+        } catch (...) {
+            // The records before the bad line are written first: one of them
+            // may fail earlier in the file.
+            lido.erro = std::current_exception();
         }
-    } catch (...) {
-        // The records before the bad line are written first: one of them
-        // may fail earlier in the file.
-        if (!lote.empty()) fila.Entrega(std::move(lote));
-        throw;
+        if (!fila.Entrega(linhas.sequencia, std::move(lido))) return;
     }
-    if (!lote.empty()) fila.Entrega(std::move(lote));
 }
+
+// Parsers beside the writer: one per core, at least one, at most four.
+size_t LeitoresImportacao() { return std::clamp<size_t>(std::thread::hardware_concurrency(), 1, 4); }
 
 }  // namespace
 
@@ -790,33 +853,39 @@ size_t PXImportaJsonLinhas(CQZArmazemSQL& armazem, std::istream& entrada, const 
     long linhaFalha = 0;
     // All or nothing in one transaction; memory stays that of a few batches.
     const long hr = armazem.EmTransacao("Importa", [&]() -> long {
-        FilaImportacao fila;
-        std::thread leitor([&] {
-            try {
-                LeRegistros(entrada, nome, limites, fila);
-                fila.Termina(nullptr);
-            } catch (...) {
-                fila.Termina(std::current_exception());
-            }
-        });
-        // The reader stops and is joined however the writes end.
+        Entrada fonte(entrada, nome);
+        FilaImportacao fila(fonte, limites.linha);
+        std::vector<std::thread> leitores;
+        // The parsers stop and are joined however the writes end.
         struct Espera {
             FilaImportacao& fila;
-            std::thread& leitor;
+            std::vector<std::thread>& leitores;
             ~Espera() {
                 fila.Desiste();
-                leitor.join();
+                for (auto& t : leitores) t.join();
             }
-        } espera{fila, leitor};
-        std::vector<RegistroLido> lote;
-        while (fila.Proximo(lote)) {
-            for (auto& r : lote) {
+        } espera{fila, leitores};
+        const size_t quantos = LeitoresImportacao();
+        for (size_t i = 0; i < quantos; ++i)
+            leitores.emplace_back([&] {
+                std::exception_ptr falha;
+                try {
+                    LeRegistros(limites, fila);
+                } catch (...) {
+                    falha = std::current_exception();
+                }
+                fila.Termina(std::move(falha));
+            });
+        LoteLido lote;
+        while (fila.Proximo(lote, quantos)) {
+            for (auto& r : lote.registros) {
                 if (long falha = r.tipo->Restaura(armazem, *r.reg)) {
                     linhaFalha = r.numero;
                     return falha;
                 }
                 ++registros;
             }
+            if (lote.erro) std::rethrow_exception(lote.erro);
         }
         PXConfereReferenciasImportadas(armazem);
         return 0;

@@ -464,6 +464,25 @@ void CQZArmazemSQL::Liga(qzsql::CQZComando& c, int indice, const CQZValor& valor
     }
 }
 
+int64_t CQZArmazemSQL::AtualizaLinha(const qzsql::Tabela& t, int64_t chave, const std::vector<CQZValor>& valores,
+                                     std::optional<int64_t> carimbo) {
+    qzsql::CQZComando c(m_banco, t.atualiza);
+    int i = 1;
+    for (const auto& v : valores) Liga(c, i++, v);
+    c.Liga(i++, chave);
+    if (carimbo) c.Liga(i, *carimbo);
+    c.Passo();
+    return c.Alteradas();
+}
+
+int64_t CQZArmazemSQL::RemoveLinha(const qzsql::Tabela& t, int64_t chave, std::optional<int64_t> carimbo) {
+    qzsql::CQZComando c(m_banco, t.remove);
+    c.Liga(1, chave);
+    if (carimbo) c.Liga(2, *carimbo);
+    c.Passo();
+    return c.Alteradas();
+}
+
 void CQZArmazemSQL::LeTexto(const qzsql::CQZComando& c, int indice, CString& texto) {
     const std::string_view utf8 = c.Texto(indice);
     if (EhAscii(utf8)) {

@@ -444,6 +444,12 @@ private:
     // absent for tables without a stamp.
     template <class R>
     std::optional<int64_t> ConfereCarimbo(const qzsql::Tabela& t, int64_t chave, const R& reg);
+    // The row at `chave` rewritten with `valores` (its columns, in order) or
+    // deleted, where its stored stamp is `carimbo` (none: a table without
+    // one); the rows changed, 0 when the row or its stamp differ.
+    int64_t AtualizaLinha(const qzsql::Tabela& t, int64_t chave, const std::vector<CQZValor>& valores,
+                          std::optional<int64_t> carimbo);
+    int64_t RemoveLinha(const qzsql::Tabela& t, int64_t chave, std::optional<int64_t> carimbo);
     template <class R>
     static int64_t ChaveDe(const R& reg);
     template <class R>

@@ -132,28 +132,23 @@ long CQZArmazemSQL::EnviaLote(const CQZDadosGT_Email* emails, size_t quantidade,
     long hrLog = 0;
     try {
         hrLog = m_banco.EmTransacao(qzsql::EModoTransacao::ESCRITA, [&]() -> long {
-        for (size_t i = 0; i < quantidade; ++i) {
-            const int64_t chave = ChaveDe(linhas[i]);
-            if (i < tratadas) {
-                std::vector<CQZValor> valores;
-                qzsql::VisitanteExtrai x{valores};
-                linhas[i].VisitaCampos(x);
-                qzsql::CQZComando c(m_banco, t.atualiza);
-                int indice = 1;
-                for (const auto& v : valores) Liga(c, indice++, v);
-                c.Liga(indice++, chave);
+            for (size_t i = 0; i < quantidade; ++i) {
+                const int64_t chave = ChaveDe(linhas[i]);
                 // Inserted above by this connection: the stamp is the one stored.
-                if (t.carimbo >= 0) Liga(c, indice, valores[static_cast<size_t>(t.carimbo)]);
-                c.Passo();
-            } else {
-                qzsql::CQZComando c(m_banco, t.remove);
-                c.Liga(1, chave);
-                c.Passo();
+                std::optional<int64_t> carimbo;
+                if (t.carimbo >= 0) carimbo = static_cast<int64_t>(QZCarimboDe(linhas[i]).ullValor);
+                if (i < tratadas) {
+                    std::vector<CQZValor> valores;
+                    qzsql::VisitanteExtrai x{valores};
+                    linhas[i].VisitaCampos(x);
+                    AtualizaLinha(t, chave, valores, carimbo);
+                } else {
+                    RemoveLinha(t, chave, carimbo);
+                }
+                Alterou(t, chave);
             }
-            Alterou(t, chave);
-        }
-        return 0;
-    });
+            return 0;
+        });
     } catch (const qzsql::Falha& f) {
         if (r == 0) throw;
         hrLog = f.hr;

@@ -355,18 +355,9 @@ long CQZArmazemSQL::Atualiza(R& reg) {
             const REG_QZDMAHMSUTC anterior(static_cast<uint64_t>(*carimbo));
             valores[static_cast<size_t>(t.carimbo)] = static_cast<int64_t>(NovoCarimbo(&anterior).ullValor);
         }
-        {
-            qzsql::CQZComando c(m_banco, t.atualiza);
-            int i = 1;
-            for (const auto& v : valores) Liga(c, i++, v);
-            c.Liga(i++, chave);
-            if (carimbo) c.Liga(i++, *carimbo);
-            c.Passo();
-            if (c.Alteradas() != 1)
-                throw qzsql::Falha{t.carimbo >= 0 ? QZ_E_REGISTRO_ALTERADO : QZ_E_REGISTRO_NAO_ENCONTRADO, 3,
-                                   "Registro " + t.nome + " não foi atualizado na chave " + std::to_string(chave) +
-                                       "."};
-        }
+        if (AtualizaLinha(t, chave, valores, carimbo) != 1)
+            throw qzsql::Falha{t.carimbo >= 0 ? QZ_E_REGISTRO_ALTERADO : QZ_E_REGISTRO_NAO_ENCONTRADO, 3,
+                               "Registro " + t.nome + " não foi atualizado na chave " + std::to_string(chave) + "."};
         Alterou(t, chave);
         for (const auto& filha : t.filhas) {
             qzsql::CQZComando c(m_banco, filha.apagaFilhas);
@@ -402,12 +393,7 @@ long CQZArmazemSQL::Remove(const R& reg) {
         GarantaTabela<R>();
         const qzsql::Tabela& t = qzsql::EsquemaDe<R>();
         const int64_t chave = ChaveDe(reg);
-        const std::optional<int64_t> carimbo = ConfereCarimbo(t, chave, reg);
-        qzsql::CQZComando c(m_banco, t.remove);
-        c.Liga(1, chave);
-        if (carimbo) c.Liga(2, *carimbo);
-        c.Passo();
-        if (c.Alteradas() != 1)
+        if (RemoveLinha(t, chave, ConfereCarimbo(t, chave, reg)) != 1)
             throw qzsql::Falha{QZ_E_REGISTRO_ALTERADO, 3,
                                "Registro " + t.nome + " não foi excluído na chave " + std::to_string(chave) + "."};
         Alterou(t, chave);

@@ -1,19 +1,9 @@
 // The alert routine as the scheduler drives it: its interval, its abort
 // convention, the first steps of a run, reading templates and handing
 // e-mails to the enterprise service.
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <fstream>
-#include <nlohmann/json.hpp>
-
-#include "alerts/PXEmailAlertaPlano.h"
-#include "mail/QZTransporteCaptura.h"
 #include "platform/QZCaixaMensagem.h"
+#include "tests/alerts/PXAlertaTeste.h"
 #include "tests/support/PXServidorSmtp.h"
-#include "tests/support/PXTeste.h"
 
 namespace {
 
@@ -39,69 +29,9 @@ public:
     std::vector<QZBotoesCaixa> botoes;
 };
 
-// What a thrown routine exception carried.
-struct Lancada {
-    bool lancou = false;
-    long codigo = 0, id = -1, valor = -1;
-    CString titulo, descricao, origem;
-    int modulo = 0;
-};
-
-template <class F>
-Lancada Captura(F&& f) {
-    Lancada l;
-    try {
-        f();
-    } catch (const CQZExceptionEx& e) {
-        l = {true, e.GetCodigo(), e.GetIdMensagem(), e.GetValor(), e.GetTitulo(), e.GetDescricao(), e.GetOrigem(),
-             e.GetModulo()};
-        EXPECT_FALSE(e.GetCompilacao().IsEmpty());
-    }
-    return l;
-}
-
 }  // namespace
 
-class PXEmailAlertaPlanoTest : public PXTeste {
-protected:
-    void SetUp() override {
-        PXTeste::SetUp();
-        m_log = ::testing::TempDir() + "pxlreg_rotina_" + std::to_string(getpid()) + ".log";
-        std::remove(m_log.c_str());
-        ASSERT_EQ(0, setenv("PXLREG_LOG", m_log.c_str(), 1));
-        fabrica->DefineTransporteEmail(&captura);
-    }
-    void TearDown() override {
-        unsetenv("PXLREG_LOG");
-        std::remove(m_log.c_str());
-        for (const auto& f : m_arquivos) std::remove(f.c_str());
-        PXTeste::TearDown();
-    }
-
-    std::vector<nlohmann::json> LinhasLog() const {
-        std::vector<nlohmann::json> linhas;
-        std::ifstream f(m_log);
-        for (std::string l; std::getline(f, l);) linhas.push_back(nlohmann::json::parse(l));
-        return linhas;
-    }
-
-    void ConfiguraConta() {
-        CQZDadosGT_ContaEmail conta;
-        conta.SetUrl("smtp://127.0.0.1").SetEnderecoRemetente("alertas@empresa.com.br").SetNomeRemetente("Manutenção");
-        ASSERT_EQ(0, armazem.Grava(conta)) << QZParaUtf8(armazem.GetErro().GetMensagem());
-    }
-
-    std::string Arquivo(const std::string& nome, const std::string& conteudo) {
-        const std::string caminho = ::testing::TempDir() + "pxlreg_" + nome + "_" + std::to_string(getpid());
-        std::ofstream(caminho, std::ios::binary) << conteudo;
-        m_arquivos.push_back(caminho);
-        return caminho;
-    }
-
-    CQZTransporteCaptura captura;
-    std::string m_log;
-    std::vector<std::string> m_arquivos;
-};
+class PXEmailAlertaPlanoTest : public PXAlertaTeste {};
 
 TEST_F(PXEmailAlertaPlanoTest, TheIntervalIsFiveMinutesWhateverTheState) {
     CPXEmailAlertaPlano rotina;
@@ -141,7 +71,7 @@ TEST_F(PXEmailAlertaPlanoTest, AbortFollowsItsFourSteps) {
         std::snprintf(mensagem, sizeof mensagem, "%s", c.mensagem);
         bool apagada = false;
         auto* excecao = c.comExcecao ? new ExcecaoVigiada(apagada) : nullptr;
-        const Lancada l = Captura([&] { rotina.AbortaExecucao(c.codigo, mensagem, c.id, excecao); });
+        const PXLancada l = PXCaptura([&] { rotina.AbortaExecucao(c.codigo, mensagem, c.id, excecao); });
         EXPECT_EQ(c.lanca, l.lancou);
         EXPECT_STREQ(c.mensagem, mensagem);
         const auto linhas = LinhasLog();
@@ -192,7 +122,7 @@ TEST_F(PXEmailAlertaPlanoTest, WithoutAnAccountTheRunLogsAndThrowsAndReadsNoPlan
     Inicializa(rotina);
     ZeraChamadas();
     bool flag = true;
-    const Lancada l = Captura([&] { rotina.OnRun(flag); });
+    const PXLancada l = PXCaptura([&] { rotina.OnRun(flag); });
     ASSERT_TRUE(l.lancou);
     EXPECT_EQ(static_cast<long>(static_cast<int32_t>(0x80040A68u)), l.codigo);
     EXPECT_EQ(1110, l.id);
@@ -228,7 +158,7 @@ TEST_F(PXEmailAlertaPlanoTest, AFailedAccountQueryOrPlanSearchEndsTheRunQuietlyW
         falhas.FalhaEm(c.operacao, 0, c.hr);
         bool flag = false;
         long hr = 0;
-        const Lancada l = Captura([&] { hr = rotina.OnRun(flag); });
+        const PXLancada l = PXCaptura([&] { hr = rotina.OnRun(flag); });
         EXPECT_FALSE(l.lancou);
         EXPECT_EQ(c.hr, hr);
         EXPECT_EQ(c.planos, falhas.Chamadas("BuscaPonteirosPlano"));
@@ -267,7 +197,7 @@ TEST_F(PXEmailAlertaPlanoTest, AFailedSendingIsLoggedAndThrownAndAPositiveStatus
     Inicializa(rotina);
     CString corpo("<p>x</p>");
     captura.Recusa(554, "554 5.7.1 recusada");
-    const Lancada recusada = Captura([&] { rotina.EnviaEmail("a@b.com", corpo, "Alerta de Manutenção - X"); });
+    const PXLancada recusada = PXCaptura([&] { rotina.EnviaEmail("a@b.com", corpo, "Alerta de Manutenção - X"); });
     ASSERT_TRUE(recusada.lancou);
     EXPECT_EQ(static_cast<long>(static_cast<int32_t>(0x80040A64u)), recusada.codigo);
     EXPECT_EQ(1111, recusada.id);
@@ -278,7 +208,7 @@ TEST_F(PXEmailAlertaPlanoTest, AFailedSendingIsLoggedAndThrownAndAPositiveStatus
 
     falhas.FalhaEm("EnviaEmail", 0, 1);
     long hr = 0;
-    EXPECT_FALSE(Captura([&] { hr = rotina.EnviaEmail("a@b.com", corpo, "Alerta de Manutenção - X"); }).lancou);
+    EXPECT_FALSE(PXCaptura([&] { hr = rotina.EnviaEmail("a@b.com", corpo, "Alerta de Manutenção - X"); }).lancou);
     EXPECT_EQ(1, hr);
     EXPECT_EQ(1u, LinhasLog().size());
 }
@@ -297,7 +227,7 @@ TEST_F(PXEmailAlertaPlanoTest, AServerThatRefusesMakesTheRoutineAbort) {
         CPXEmailAlertaPlano rotina;
         Inicializa(rotina);
         CString corpo("<p>corpo</p>");
-        const Lancada l = Captura([&] { rotina.EnviaEmail("tecnico@empresa.com.br", corpo, "Alerta de Manutenção - X"); });
+        const PXLancada l = PXCaptura([&] { rotina.EnviaEmail("tecnico@empresa.com.br", corpo, "Alerta de Manutenção - X"); });
         ASSERT_TRUE(l.lancou);
         EXPECT_EQ(static_cast<long>(static_cast<int32_t>(0x80040A64u)), l.codigo);
         EXPECT_EQ(1111, l.id);
@@ -310,7 +240,7 @@ TEST_F(PXEmailAlertaPlanoTest, WithoutAnAccountSendingIsAFailure) {
     CPXEmailAlertaPlano rotina;
     Inicializa(rotina);
     CString corpo("x");
-    const Lancada l = Captura([&] { rotina.EnviaEmail("a@b.com", corpo, "s"); });
+    const PXLancada l = PXCaptura([&] { rotina.EnviaEmail("a@b.com", corpo, "s"); });
     EXPECT_TRUE(l.lancou);
     EXPECT_EQ(1111, l.id);
     EXPECT_EQ(0u, captura.Tentativas());
@@ -347,7 +277,7 @@ TEST_F(PXEmailAlertaPlanoTest, ATemplateThatCannotBeOpenedOrReadIsLoggedAndThrow
         std::remove(m_log.c_str());
         CPXEmailAlertaPlano rotina;
         CString modelo;
-        const Lancada l = Captura([&] { rotina.LeModeloEmail(c.caminho.c_str(), modelo); });
+        const PXLancada l = PXCaptura([&] { rotina.LeModeloEmail(c.caminho.c_str(), modelo); });
         ASSERT_TRUE(l.lancou);
         EXPECT_EQ(c.codigo, l.codigo);
         EXPECT_EQ(c.id, l.id);

@@ -1,17 +1,10 @@
 // One run of the alert routine over a real store: which alerts are taken,
 // which resources are due, who is mailed and how often, what the bodies
 // carry, and when the alerts are stamped.
-#include <unistd.h>
-
-#include <cstdlib>
-#include <fstream>
 #include <map>
-#include <nlohmann/json.hpp>
 
-#include "alerts/PXEmailAlertaPlano.h"
-#include "mail/QZTransporteCaptura.h"
+#include "tests/alerts/PXAlertaTeste.h"
 #include "tests/support/PXServidorSmtp.h"
-#include "tests/support/PXTeste.h"
 
 namespace {
 
@@ -38,25 +31,13 @@ const std::string kModeloLista =
     "<td>QZ_DIAS_PROX_MANUT</td></tr>\r\n"
     "</table></html>";
 
-struct Lancada {
-    bool lancou = false;
-    long codigo = 0, id = -1;
-    CString descricao;
-};
-
 }  // namespace
 
-class PXGeraEEnviaEmailTest : public PXTeste {
+class PXGeraEEnviaEmailTest : public PXAlertaTeste {
 protected:
     void SetUp() override {
-        PXTeste::SetUp();
-        m_log = ::testing::TempDir() + "pxlreg_gera_" + std::to_string(getpid()) + ".log";
-        std::remove(m_log.c_str());
-        ASSERT_EQ(0, setenv("PXLREG_LOG", m_log.c_str(), 1));
-        fabrica->DefineTransporteEmail(&captura);
-        CQZDadosGT_ContaEmail conta;
-        conta.SetUrl("smtp://127.0.0.1").SetEnderecoRemetente("alertas@empresa.com.br");
-        ASSERT_EQ(0, armazem.Grava(conta));
+        PXAlertaTeste::SetUp();
+        ConfiguraConta();
         CQZDadosGT_Filial filial;
         filial.SetCodigo(3).SetIdentificacao("MATRIZ").SetNomeFantasia("Serra Azul").SetRazaoSocial("Serra Azul Ltda.");
         m_filial = static_cast<uint16_t>(Grava(filial).GetPosicao());
@@ -72,20 +53,6 @@ protected:
         modeloCampos = Arquivo("campos", kModeloCampos);
         modeloLista = Arquivo("lista", kModeloLista);
     }
-    void TearDown() override {
-        unsetenv("PXLREG_LOG");
-        std::remove(m_log.c_str());
-        for (const auto& f : m_arquivos) std::remove(f.c_str());
-        PXTeste::TearDown();
-    }
-
-    std::string Arquivo(const std::string& nome, const std::string& conteudo) {
-        const std::string caminho = ::testing::TempDir() + "pxlreg_gera_" + nome + "_" + std::to_string(getpid());
-        std::ofstream(caminho, std::ios::binary) << conteudo;
-        m_arquivos.push_back(caminho);
-        return caminho;
-    }
-
     uint32_t Tecnico(const char* codigo, std::vector<const char*> emails, uint32_t pai = 0, uint8_t tipo = 1,
                      uint8_t inativo = 0) {
         CQZDadosPX_Tecnico t;
@@ -131,22 +98,18 @@ protected:
     static REG_QZDMA Hoje() { return REG_QZDMA(10, 3, 2026); }
 
     // One run as the scheduler makes it, at 10/03/2026 09:30:00.
-    Lancada Executa(long* pHr = nullptr) {
+    PXLancada Executa(long* pHr = nullptr) {
         relogio.Define(REG_QZDMAHMSUTC(10, 3, 2026, 9, 30, 0));
-        Lancada l;
         CPXEmailAlertaPlano rotina;
         EXPECT_EQ(0, rotina.Inicializa(kEmpresa, 7, 42));
         bool flag = false;
-        try {
-            long hr = rotina.OnRun(flag);
+        return PXCaptura([&] {
+            const long hr = rotina.OnRun(flag);
             if (pHr)
                 *pHr = hr;
             else
                 EXPECT_EQ(0, hr);
-        } catch (const CQZExceptionEx& e) {
-            l = {true, e.GetCodigo(), e.GetIdMensagem(), e.GetDescricao()};
-        }
-        return l;
+        });
     }
 
     REG_QZDMAHMSUTC Carimbo(uint32_t plano, int64_t alerta) {
@@ -162,9 +125,6 @@ protected:
         return m;
     }
 
-    CQZTransporteCaptura captura;
-    std::string m_log;
-    std::vector<std::string> m_arquivos;
     std::string modeloCampos, modeloLista;
     uint16_t m_filial = 0;
     uint32_t m_tipo = 0, m_unidade = 0, m_disciplina = 0;
@@ -358,7 +318,7 @@ TEST_F(PXGeraEEnviaEmailTest, AFailedReadIsLoggedAndThrownWithTheServicesStatusA
         // The second plan's call fails (the first stamp for the stamps).
         const bool carimbo = std::string(operacao) == "AtualizaDataHoraEnvioAlerta";
         falhas.FalhaEm(operacao, carimbo ? 1 : 2, QZ_E_BANCO_OCUPADO, "Banco ocupado.");
-        const Lancada l = Executa();
+        const PXLancada l = Executa();
         ASSERT_TRUE(l.lancou);
         EXPECT_EQ(QZ_E_BANCO_OCUPADO, l.codigo);
         EXPECT_EQ(1111, l.id);
@@ -366,10 +326,9 @@ TEST_F(PXGeraEEnviaEmailTest, AFailedReadIsLoggedAndThrownWithTheServicesStatusA
         EXPECT_EQ(CString(texto), l.descricao);
         EXPECT_TRUE(Carimbo(primeiro, 0).EhVazio());
         EXPECT_TRUE(Carimbo(segundo, 0).EhVazio());
-        std::ifstream log(m_log);
-        std::string linha;
-        ASSERT_TRUE(std::getline(log, linha));
-        EXPECT_EQ(texto, nlohmann::json::parse(linha)["mensagem"]);
+        const auto linhas = LinhasLog();
+        ASSERT_FALSE(linhas.empty());
+        EXPECT_EQ(texto, linhas[0]["mensagem"]);
     }
 }
 
@@ -379,7 +338,7 @@ TEST_F(PXGeraEEnviaEmailTest, ASendingThatFailsLeavesWhatWasSentAndStampsNothing
     Recurso("R1", plano, 1);
     Recurso("R2", plano, 2);
     captura.Recusa(554, "554 5.7.1 Recusado", 3);
-    const Lancada l = Executa();
+    const PXLancada l = Executa();
     ASSERT_TRUE(l.lancou);
     EXPECT_EQ(1111, l.id);
     EXPECT_EQ(2u, captura.Enviadas().size());
@@ -410,7 +369,7 @@ TEST_F(PXGeraEEnviaEmailTest, AtLeastOnceAgainstARealServerThatRefusesTheThirdMe
     const uint32_t plano = Plano("P1", {Alerta("Um", modeloLista, {a, b}), Alerta("Dois", modeloLista, {a, b})});
     Recurso("R1", plano, 1);
 
-    const Lancada primeira = Executa();
+    const PXLancada primeira = Executa();
     ASSERT_TRUE(primeira.lancou);
     EXPECT_EQ(static_cast<long>(static_cast<int32_t>(0x80040A64u)), primeira.codigo);
     EXPECT_TRUE(Carimbo(plano, 0).EhVazio());
@@ -442,7 +401,7 @@ TEST_F(PXGeraEEnviaEmailTest, TheStampsOfARunAreWrittenAllOrNone) {
         SCOPED_TRACE(c.operacao);
         ZeraChamadas();
         falhas.FalhaEm(c.operacao, c.chamada, QZ_E_BANCO_OCUPADO, "Banco ocupado.");
-        const Lancada l = Executa();
+        const PXLancada l = Executa();
         ASSERT_TRUE(l.lancou);
         EXPECT_EQ(QZ_E_BANCO_OCUPADO, l.codigo);
         EXPECT_EQ(1111, l.id);
@@ -488,7 +447,7 @@ TEST_F(PXGeraEEnviaEmailTest, MessagesGoInBatchesAndARefusalEndsTheRunWhereverIt
         std::vector<int64_t> chaves;
         ASSERT_EQ(0, armazem.ListaChaves<CQZDadosGT_EnvioEmail>(chaves));
         const size_t linhasAntes = chaves.size();
-        const Lancada l = Executa();
+        const PXLancada l = Executa();
         EXPECT_EQ(c.recusaDesde != 0, l.lancou);
         EXPECT_EQ(c.lotes, falhas.Chamadas("EnviaEmails"));
         EXPECT_EQ(c.tentativas, transporte.Tentativas());

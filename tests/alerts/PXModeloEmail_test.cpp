@@ -63,58 +63,51 @@ const std::string kModeloLista =
 
 }  // namespace
 
-TEST(PXModeloEmailTest, ATemplateWithoutListBlockIsLeftAsItIs) {
-    std::string modelo = "<p>QZ_COD_RECURSO</p>\r\n<tr>QZ_FIM_LISTA</tr>\r\n";
-    const std::string antes = modelo;
-    EXPECT_FALSE(PXAtualizaConteudoEmail(modelo, 3));
-    EXPECT_EQ(antes, modelo);
-}
-
-TEST(PXModeloEmailTest, TheBlockIsPreparedByteForByte) {
-    std::string modelo = kModeloLista;
-    ASSERT_TRUE(PXAtualizaConteudoEmail(modelo, 2));
-    // The end marker and its line break leave; the row, from " <tr" to the
-    // block's last "</tr>", comes back once per line with its tokens
-    // numbered, the one glued to "&nbsp;" included.
-    EXPECT_EQ("<html>QZ_NOME_TECNICO\r\n"
-              "<table>QZ_INICIO_LISTA<tr><th>Recurso</th></tr>\r\n"
-              " <tr><td>QZ_COD_RECURSO_0</td>\r\n"
-              "<td>QZ_DESC_RECURSO&nbsp;_0</td></tr>\r\n"
-              " <tr><td>QZ_COD_RECURSO_1</td>\r\n"
-              "<td>QZ_DESC_RECURSO&nbsp;_1</td></tr>\r\n"
-              "</table></html>",
-              modelo);
-}
-
-TEST(PXModeloEmailTest, ABlockWithoutRowLosesOnlyItsEndMarkerLine) {
-    std::string modelo = "<table>QZ_INICIO_LISTA<tr>x\r\n  QZ_FIM_LISTA\r\n<td>a</td>\r\n<b></tr>tail";
-    ASSERT_TRUE(PXAtualizaConteudoEmail(modelo, 4));
-    EXPECT_EQ("<table>QZ_INICIO_LISTA<tr>x\r\n<td>a</td>\r\n<b></tr>tail", modelo);
-}
-
-TEST(PXModeloEmailTest, ZeroLinesLeaveNoRow) {
-    std::string modelo = kModeloLista;
-    ASSERT_TRUE(PXAtualizaConteudoEmail(modelo, 0));
-    EXPECT_EQ("<html>QZ_NOME_TECNICO\r\n<table>QZ_INICIO_LISTA<tr><th>Recurso</th></tr>\r\n</table></html>", modelo);
-}
-
-TEST(PXModeloEmailTest, RowTokensAlreadySuffixedOrRepeatedAreSuffixedTwice) {
-    std::string modelo =
-        "QZ_INICIO_LISTA</tr>\r\n  QZ_FIM_LISTA\r\n <tr>QZ_COD_FILIAL_0 QZ_COD_RECURSO QZ_COD_RECURSO <br>\r\n</tr>";
-    ASSERT_TRUE(PXAtualizaConteudoEmail(modelo, 1));
-    EXPECT_EQ("QZ_INICIO_LISTA</tr>\r\n <tr>QZ_COD_FILIAL_0_0 QZ_COD_RECURSO_0_0 QZ_COD_RECURSO_0_0 <br>\r\n</tr>",
-              modelo);
-}
-
-TEST(PXModeloEmailTest, ATokenEndsOnlyBeforeABlankALessThanOrAnAsterisk) {
-    // A colon does not end a token, and a token at a line's end runs on
-    // into the next line: both are numbered whole.
-    std::string modelo =
-        "QZ_INICIO_LISTA</tr>\r\n  QZ_FIM_LISTA\r\n <tr>QZ_NOME_TECNICO:QZ_COD_RECURSO<br>QZ_COD_FILIAL\r\n</tr>";
-    ASSERT_TRUE(PXAtualizaConteudoEmail(modelo, 2));
-    EXPECT_EQ("QZ_INICIO_LISTA</tr>\r\n <tr>QZ_NOME_TECNICO:QZ_COD_RECURSO_0<br>QZ_COD_FILIAL\r\n_0</tr>\r\n"
-              " <tr>QZ_NOME_TECNICO:QZ_COD_RECURSO_1<br>QZ_COD_FILIAL\r\n_1</tr>",
-              modelo);
+// The list block prepared for a number of lines: whether there was one, and
+// the template afterwards.
+TEST(PXModeloEmailTest, TheListBlockIsPreparedByteForByte) {
+    struct Caso {
+        const char* nome;
+        std::string modelo;
+        int64_t linhas;
+        bool bloco;
+        std::string esperado;
+    };
+    const Caso casos[] = {
+        {"no list block: left as it is", "<p>QZ_COD_RECURSO</p>\r\n<tr>QZ_FIM_LISTA</tr>\r\n", 3, false,
+         "<p>QZ_COD_RECURSO</p>\r\n<tr>QZ_FIM_LISTA</tr>\r\n"},
+        {"an empty template", "", 5, false, ""},
+        // The end marker and its line break leave; the row, from " <tr" to the
+        // block's last "</tr>", comes back once per line with its tokens
+        // numbered, the one glued to "&nbsp;" included.
+        {"two lines", kModeloLista, 2, true,
+         "<html>QZ_NOME_TECNICO\r\n"
+         "<table>QZ_INICIO_LISTA<tr><th>Recurso</th></tr>\r\n"
+         " <tr><td>QZ_COD_RECURSO_0</td>\r\n"
+         "<td>QZ_DESC_RECURSO&nbsp;_0</td></tr>\r\n"
+         " <tr><td>QZ_COD_RECURSO_1</td>\r\n"
+         "<td>QZ_DESC_RECURSO&nbsp;_1</td></tr>\r\n"
+         "</table></html>"},
+        {"zero lines leave no row", kModeloLista, 0, true,
+         "<html>QZ_NOME_TECNICO\r\n<table>QZ_INICIO_LISTA<tr><th>Recurso</th></tr>\r\n</table></html>"},
+        {"a block without row loses only its end marker line",
+         "<table>QZ_INICIO_LISTA<tr>x\r\n  QZ_FIM_LISTA\r\n<td>a</td>\r\n<b></tr>tail", 4, true,
+         "<table>QZ_INICIO_LISTA<tr>x\r\n<td>a</td>\r\n<b></tr>tail"},
+        {"row tokens already suffixed or repeated are suffixed twice",
+         "QZ_INICIO_LISTA</tr>\r\n  QZ_FIM_LISTA\r\n <tr>QZ_COD_FILIAL_0 QZ_COD_RECURSO QZ_COD_RECURSO <br>\r\n</tr>", 1,
+         true, "QZ_INICIO_LISTA</tr>\r\n <tr>QZ_COD_FILIAL_0_0 QZ_COD_RECURSO_0_0 QZ_COD_RECURSO_0_0 <br>\r\n</tr>"},
+        // A colon does not end a token, and a token at a line's end runs on
+        // into the next line: both are numbered whole.
+        {"a token ends only before a blank, a less-than or an asterisk",
+         "QZ_INICIO_LISTA</tr>\r\n  QZ_FIM_LISTA\r\n <tr>QZ_NOME_TECNICO:QZ_COD_RECURSO<br>QZ_COD_FILIAL\r\n</tr>", 2, true,
+         "QZ_INICIO_LISTA</tr>\r\n <tr>QZ_NOME_TECNICO:QZ_COD_RECURSO_0<br>QZ_COD_FILIAL\r\n_0</tr>\r\n"
+         " <tr>QZ_NOME_TECNICO:QZ_COD_RECURSO_1<br>QZ_COD_FILIAL\r\n_1</tr>"},
+    };
+    for (const auto& c : casos) {
+        std::string modelo = c.modelo;
+        EXPECT_EQ(c.bloco, PXAtualizaConteudoEmail(modelo, c.linhas)) << c.nome;
+        EXPECT_EQ(c.esperado, modelo) << c.nome;
+    }
 }
 
 TEST(PXModeloEmailTest, HeaderPlaceholdersInTheRowStayUnnumberedAndShowTheHeaderInEveryRow) {
@@ -167,7 +160,6 @@ TEST(PXModeloEmailTest, TheOneRecordFormKeepsTheListMarkers) {
 
 TEST(PXModeloEmailTest, AnEmptyTemplateGivesAnEmptyBody) {
     std::string modelo;
-    EXPECT_FALSE(PXAtualizaConteudoEmail(modelo, 5));
     PXSubstitui(modelo, Cabecalho(), {Linha(0)});
     EXPECT_EQ("", modelo);
     PXSubstitui(modelo, Linha(0));

@@ -1,6 +1,5 @@
 // The alert service as a new user meets it: the demo plant previewed, run,
 // run again and logged; a failed run's exit; the daemon's scheduler.
-#include <dirent.h>
 #include <sys/stat.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -16,61 +15,28 @@
 #include <thread>
 
 #include "host/PXAgendador.h"
-#include "host/PXComandos.h"
 #include "store/QZArmazemSQL.h"
+#include "tests/support/PXLinhaComandoTeste.h"
+#include "tests/support/PXPastaTeste.h"
 
-namespace {
-
-struct Resultado {
-    int codigo;
-    std::string saida, erros;
-    nlohmann::json json() const { return nlohmann::json::parse(saida); }
-};
-
-std::vector<std::string> Arquivos(const std::string& pasta) {
-    std::vector<std::string> nomes;
-    if (DIR* d = opendir(pasta.c_str())) {
-        while (dirent* e = readdir(d))
-            if (e->d_name[0] != '.') nomes.push_back(e->d_name);
-        closedir(d);
-    }
-    std::sort(nomes.begin(), nomes.end());
-    return nomes;
-}
-
-void Apaga(const std::string& pasta) {
-    for (const auto& n : Arquivos(pasta)) std::remove((pasta + "/" + n).c_str());
-    rmdir(pasta.c_str());
-}
-
-}  // namespace
-
-class PXComandosAlertasTest : public ::testing::Test {
+class PXComandosAlertasTest : public PXComandosTeste {
 protected:
     void SetUp() override {
-        m_base = ::testing::TempDir() + "pxlreg_alertas_" + std::to_string(getpid()) + "_" +
-                 ::testing::UnitTest::GetInstance()->current_test_info()->name();
-        m_log = m_base + ".log";
-        ASSERT_EQ(0, setenv("PXLREG_LOG", m_log.c_str(), 1));
+        PXComandosTeste::SetUp();
+        ASSERT_EQ(0, setenv("PXLREG_LOG", Extra(".log").c_str(), 1));
+        m_base = m_arquivo.substr(0, m_arquivo.size() - 3);
         Limpa();
     }
     void TearDown() override {
         Limpa();
         unsetenv("PXLREG_LOG");
+        PXComandosTeste::TearDown();
     }
     void Limpa() {
-        for (const char* s : {".db", ".db-wal", ".db-shm", ".log"}) std::remove((m_base + s).c_str());
-        for (const char* s : {".db.saida", ".db.modelos", ".corpos"}) Apaga(m_base + s);
+        for (const char* s : {".db.saida", ".db.modelos", ".corpos"}) PXApagaPasta(m_base + s);
     }
-    Resultado Roda(std::vector<std::string> args) {
-        args.insert(args.begin(), "pxlreg");
-        std::istringstream entrada;
-        std::ostringstream saida, erros;
-        const int codigo = PXLinhaComando(args, entrada, saida, erros);
-        return {codigo, saida.str(), erros.str()};
-    }
-    std::string Armazem() const { return m_base + ".db"; }
-    std::string m_base, m_log;
+    std::string Armazem() const { return m_arquivo; }
+    std::string m_base;
 };
 
 TEST_F(PXComandosAlertasTest, TheDemoPlantIsPreviewedRunOnceAndThenHasNothingLeftToSend) {
@@ -96,14 +62,14 @@ TEST_F(PXComandosAlertasTest, TheDemoPlantIsPreviewedRunOnceAndThenHasNothingLef
     // The mechanics' group and Ana named again: João once, Ana once (her
     // empty address skipped), per alert that names them.
     EXPECT_EQ(9u, mensagens);
-    EXPECT_EQ(9u, Arquivos(corpos).size());
-    EXPECT_TRUE(Arquivos(Armazem() + ".saida").empty());
+    EXPECT_EQ(9u, PXArquivosDaPasta(corpos).size());
+    EXPECT_TRUE(PXArquivosDaPasta(Armazem() + ".saida").empty());
 
     r = Roda({"--json", "alerts", "run", Armazem()});
     ASSERT_EQ(0, r.codigo) << r.erros << r.saida;
     EXPECT_TRUE(r.json()["ok"].get<bool>());
     EXPECT_EQ(9u, r.json()["messages"].size());
-    const auto eml = Arquivos(Armazem() + ".saida");
+    const auto eml = PXArquivosDaPasta(Armazem() + ".saida");
     ASSERT_EQ(9u, eml.size());
     for (const auto& n : eml) EXPECT_EQ(".eml", n.substr(n.size() - 4)) << n;
     std::ifstream primeiro(Armazem() + ".saida/" + eml[0], std::ios::binary);
@@ -115,7 +81,7 @@ TEST_F(PXComandosAlertasTest, TheDemoPlantIsPreviewedRunOnceAndThenHasNothingLef
     r = Roda({"--json", "alerts", "run", Armazem()});
     ASSERT_EQ(0, r.codigo) << r.erros;
     EXPECT_TRUE(r.json()["messages"].empty());
-    EXPECT_EQ(9u, Arquivos(Armazem() + ".saida").size());
+    EXPECT_EQ(9u, PXArquivosDaPasta(Armazem() + ".saida").size());
     r = Roda({"--json", "alerts", "preview", Armazem()});
     ASSERT_EQ(0, r.codigo);
     EXPECT_TRUE(r.json()["alerts"].empty());
@@ -227,7 +193,7 @@ TEST_F(PXAgendadorTest, EachCompanyRunsOnItsOwnAThrowIsLoggedAndTheNextRunProcee
     ASSERT_EQ(0, Roda({"init", "--demo", Armazem()}).codigo);
     // The demo plant's account serves every company of the store; a run
     // that throws is what a broken template folder gives.
-    Apaga(Armazem() + ".modelos");
+    PXApagaPasta(Armazem() + ".modelos");
     ASSERT_EQ(0, mkdir((Armazem() + ".modelos").c_str(), 0755));
     ASSERT_EQ(0, mkdir((Armazem() + ".modelos/alerta-plano.html").c_str(), 0755));
     CPXAgendador agendador(Armazem(), {"A", "B"}, Coleta());
@@ -275,5 +241,5 @@ TEST_F(PXAgendadorTest, AStopDuringTheWaitEndsAtOnce) {
     ASSERT_EQ(3u, linhas.size());
     EXPECT_EQ(300000, linhas[0]["intervalo_ms"]);
     EXPECT_EQ("0x00000000", linhas[1]["status"]);
-    EXPECT_EQ(9u, Arquivos(Armazem() + ".saida").size());
+    EXPECT_EQ(9u, PXArquivosDaPasta(Armazem() + ".saida").size());
 }

@@ -5,8 +5,6 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <atomic>
 #include <iterator>
@@ -22,10 +20,6 @@
 #include "tests/support/PXLinhaComandoTeste.h"
 
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-using Resultado = PXResultadoComando;
 
 // Accepts `limite` bytes, then fails every write, as a full disk does.
 class SaidaLimitada : public std::streambuf {
@@ -66,53 +60,21 @@ std::string Sql1(const std::string& arquivo, const std::string& sql) {
     return resultado;
 }
 
-class PXComandosArmazemTest : public ::testing::Test {
+class PXComandosArmazemTest : public PXComandosTeste {
 protected:
-    void SetUp() override {
-        m_arquivo = ::testing::TempDir() + "pxlreg_armazem_" + std::to_string(getpid()) + "_" +
-                    ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".db";
-        Remove(m_arquivo);
-    }
-    void TearDown() override {
-        Remove(m_arquivo);
-        for (const auto& extra : m_extras) Remove(extra);
-    }
-    static void Remove(const std::string& caminho) {
-        for (const char* s : {"", "-wal", "-shm"}) std::remove((caminho + s).c_str());
-    }
-    // A path removed after the test.
-    std::string Extra(const std::string& sufixo) {
-        m_extras.push_back(m_arquivo + sufixo);
-        Remove(m_extras.back());
-        return m_extras.back();
-    }
-
-    static Resultado Roda(std::vector<std::string> args, const std::string& entrada = {}) {
-        std::ostringstream out;
-        return RodaEm(out, std::move(args), entrada);
-    }
+    // Runs with standard output going to `out`.
     static Resultado RodaEm(std::ostream& out, std::vector<std::string> args, const std::string& entrada = {}) {
         args.insert(args.begin(), "pxlreg");
         std::istringstream in(entrada);
         std::ostringstream err;
         const int codigo = PXLinhaComando(args, in, out, err);
-        const auto* texto = dynamic_cast<std::ostringstream*>(&out);
-        return {codigo, texto ? texto->str() : std::string(), err.str()};
-    }
-    void CriaDemo() {
-        // The demo placed around the day the README tells of, so its orders
-        // keep the keys and dates these tests name.
-        auto r = Roda({"init", "--demo", "--at", "2026-05-04", m_arquivo});
-        ASSERT_EQ(r.codigo, 0) << r.erros;
+        return {codigo, {}, err.str()};
     }
     size_t LinhasExportadas(const std::string& arquivo) {
         auto r = Roda({"export", arquivo});
         EXPECT_EQ(r.codigo, 0) << r.erros;
         return static_cast<size_t>(std::count(r.saida.begin(), r.saida.end(), '\n'));
     }
-
-    std::string m_arquivo;
-    std::vector<std::string> m_extras;
 };
 
 const std::string kErroSaida = QZParaUtf8(CString("não foi possível escrever a saída"));
@@ -210,40 +172,6 @@ TEST_F(PXComandosArmazemTest, OutputThatCannotBeWrittenFailsTheCommand) {
     EXPECT_EQ(r.codigo, 2);
     EXPECT_EQ(limitada.texto.size(), 5000u);
     EXPECT_NE(r.erros.find(kErroSaida), std::string::npos) << r.erros;
-}
-
-TEST_F(PXComandosArmazemTest, BadArgumentsAreErrorsNamingThem) {
-    CriaDemo();
-    const std::string antes = Roda({"export", m_arquivo}).saida;
-    const std::string pasta = ::testing::TempDir();
-    struct Caso {
-        std::vector<std::string> args;
-        std::string entrada;
-        std::string campo;
-        const char* trecho;
-    } casos[] = {
-        {{"import", m_arquivo, pasta}, "", "", "é uma pasta"},
-        {{"save", m_arquivo, "Prioridade", pasta}, "", "", "é uma pasta"},
-        {{"import", m_arquivo, pasta + "/nao-existe.jsonl"}, "", "", "não foi possível ler"},
-        {{"permissions", m_arquivo, "--user", "1", "0"}, "", "", "KIND 0 não é um tipo de permissão"},
-        {{"permissions", m_arquivo, "--user", "1", "30"}, "", "", "KIND 30"},
-        {{"permissions", m_arquivo, "--user", "1", "--", "-5"}, "", "", "KIND -5"},
-        {{"save", m_arquivo, "Prioridade", "-"}, R"({"Posicao": 999, "Codigo": "X", "Descricao": "x"})", "Posicao",
-         "não há CQZDadosPX_Prioridade na chave 999 para alterar"},
-        {{"save", m_arquivo, "Manutencao", "-"}, R"({"Dmc": "2026-01/999"})", "Dmc",
-         "não há CQZDadosPX_Manutencao na chave \"2026-01/999\""},
-    };
-    for (const auto& c : casos) {
-        auto args = c.args;
-        args.insert(args.begin(), "--json");
-        auto r = Roda(args, c.entrada);
-        EXPECT_EQ(r.codigo, 2) << c.trecho;
-        ASSERT_TRUE(Json::accept(r.saida)) << r.saida << r.erros;
-        const Json erro = r.json()["error"];
-        EXPECT_EQ(erro.value("field", ""), c.campo) << c.trecho;
-        EXPECT_NE(erro.value("text", "").find(QZParaUtf8(CString(c.trecho))), std::string::npos) << erro;
-    }
-    EXPECT_EQ(Roda({"export", m_arquivo}).saida, antes);
 }
 
 TEST_F(PXComandosArmazemTest, ANewRecordTakesAFreePositionWhenTheHighestIsTaken) {

@@ -1,49 +1,21 @@
 // The e-mail commands of pxlreg: the account (set, show, never the
 // password) and the template check with its exit statuses.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <fstream>
-#include <nlohmann/json.hpp>
-#include <sstream>
 
-#include "host/PXComandos.h"
+#include "tests/support/PXLinhaComandoTeste.h"
 
 namespace {
 
-// Command lines and JSON speak UTF-8; narrow literals here are Windows-1252.
-std::string U8(const char8_t* s) { return reinterpret_cast<const char*>(s); }
-
-struct Resultado {
-    int codigo;
-    std::string saida, erros;
-    nlohmann::json json() const { return nlohmann::json::parse(saida); }
-};
-
-class PXComandosEmailTest : public ::testing::Test {
+class PXComandosEmailTest : public PXComandosTeste {
 protected:
-    void SetUp() override {
-        m_base = ::testing::TempDir() + "pxlreg_email_" + std::to_string(getpid()) + "_" +
-                 ::testing::UnitTest::GetInstance()->current_test_info()->name();
-        Limpa();
-    }
-    void TearDown() override { Limpa(); }
-    void Limpa() {
-        for (const char* s : {".db", ".db-wal", ".db-shm", ".html"}) std::remove((m_base + s).c_str());
-    }
-    Resultado Roda(std::vector<std::string> args) {
-        args.insert(args.begin(), "pxlreg");
-        std::istringstream entrada;
-        std::ostringstream saida, erros;
-        const int codigo = PXLinhaComando(args, entrada, saida, erros);
-        return {codigo, saida.str(), erros.str()};
-    }
-    std::string Armazem() const { return m_base + ".db"; }
+    std::string Armazem() const { return m_arquivo; }
     std::string Modelo(const std::string& conteudo) {
-        std::ofstream(m_base + ".html", std::ios::binary) << conteudo;
-        return m_base + ".html";
+        const std::string arquivo = Extra(".html");
+        std::ofstream(arquivo, std::ios::binary) << conteudo;
+        return arquivo;
     }
-    std::string m_base;
 };
 
 }  // namespace
@@ -70,7 +42,7 @@ TEST_F(PXComandosEmailTest, TheAccountIsSetPieceByPieceAndShownWithoutThePasswor
     EXPECT_EQ(30, conta["timeout_seconds"]);
     EXPECT_TRUE(conta["starttls_required"].get<bool>());
     EXPECT_EQ(U8(u8"Manutenção"), conta["from_name"]);
-    EXPECT_EQ(nlohmann::json({{"env", "PXLREG_TESTE_CLI_SENHA"}}), conta["password_source"]);
+    EXPECT_EQ(Json({{"env", "PXLREG_TESTE_CLI_SENHA"}}), conta["password_source"]);
     const auto texto = Roda({"email-account", "show", Armazem()});
     for (const auto& s : {r.saida, texto.saida}) EXPECT_EQ(std::string::npos, s.find("nao-deve-aparecer"));
     EXPECT_NE(std::string::npos, texto.saida.find("PXLREG_TESTE_CLI_SENHA"));
@@ -93,7 +65,7 @@ TEST_F(PXComandosEmailTest, BadAccountSettingsAreRefusedAndNothingIsStored) {
     }
     auto r = Roda({"--json", "email-account", "show", Armazem()});
     EXPECT_EQ("", r.json()["account"]["url"]);
-    EXPECT_EQ(2, Roda({"email-account", "show", m_base + "_nao_existe.db"}).codigo);
+    EXPECT_EQ(2, Roda({"email-account", "show", m_arquivo + "_nao_existe.db"}).codigo);
 }
 
 TEST_F(PXComandosEmailTest, TemplateCheckTellsWhatTheTemplateWillDo) {
@@ -122,11 +94,11 @@ TEST_F(PXComandosEmailTest, TemplateCheckTellsWhatTheTemplateWillDo) {
         EXPECT_EQ(c.codigo, r.codigo) << r.saida << r.erros;
         const auto j = r.json();
         EXPECT_EQ(c.bloco, j["list_block"].get<bool>());
-        EXPECT_EQ(nlohmann::json(c.numerados), j["numbered_tokens"]);
+        EXPECT_EQ(Json(c.numerados), j["numbered_tokens"]);
         std::vector<std::pair<std::string, std::string>> achados;
         for (const auto& a : j["findings"]) achados.emplace_back(a["kind"], a["text"]);
         EXPECT_EQ(c.achados, achados);
         EXPECT_EQ(c.codigo, Roda({"template", "check", arquivo}).codigo);
     }
-    EXPECT_EQ(2, Roda({"template", "check", m_base + "_nao_existe.html"}).codigo);
+    EXPECT_EQ(2, Roda({"template", "check", m_arquivo + "_nao_existe.html"}).codigo);
 }

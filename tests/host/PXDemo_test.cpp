@@ -8,17 +8,15 @@
 #include <set>
 #include <sstream>
 
-#include "host/PXComandos.h"
 #include "host/PXComandosAdicionais.h"
 #include "host/PXLeituraJson.h"
 #include "platform/QZDatas.h"
 #include "tests/support/PXLinhaComandoTeste.h"
+#include "tests/support/PXPastaTeste.h"
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-using Resultado = PXResultadoComando;
 
 std::string Mes(const REG_QZDMA& d, int meses) {
     const REG_QZDMA m = d.SomaMeses(meses);
@@ -33,11 +31,11 @@ std::string Dia(const REG_QZDMA& d) {
     return texto;
 }
 
-class PXDemoTest : public ::testing::TestWithParam<const char*> {
+class PXDemoTest : public PXComandosTeste, public ::testing::WithParamInterface<const char*> {
 protected:
+    // A file store: the demo's alert template and outbox sit beside it.
     void SetUp() override {
-        // A file store: the demo's alert template and outbox sit beside it.
-        m_arquivo = ::testing::TempDir() + "pxlreg_demo_" + std::to_string(getpid()) + "_" + GetParam() + ".db";
+        PXComandosTeste::SetUp();
         Limpa();
         // The program's clock, for every command of the test.
         ASSERT_EQ(0, setenv("PXLREG_AGORA", GetParam(), 1));
@@ -45,19 +43,11 @@ protected:
     void TearDown() override {
         unsetenv("PXLREG_AGORA");
         Limpa();
+        PXComandosTeste::TearDown();
     }
     void Limpa() {
-        for (const char* s : {"", "-wal", "-shm"}) std::remove((m_arquivo + s).c_str());
-        const std::string saida = m_arquivo + ".saida", modelos = m_arquivo + ".modelos";
-        std::remove((modelos + "/alerta-plano.html").c_str());
-        ::rmdir(modelos.c_str());
-        ::rmdir(saida.c_str());
+        for (const char* pasta : {".saida", ".modelos"}) PXApagaPasta(m_arquivo + pasta);
     }
-    static Resultado Roda(std::vector<std::string> args, const std::string& entrada = {}) {
-        return PXRodaComando(std::move(args), entrada);
-    }
-
-    std::string m_arquivo;
 };
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <dirent.h>
 #include <fstream>
 #include <random>
 
@@ -15,6 +14,7 @@
 #include "mail/QZTransporteConta.h"
 #include "mail/QZTransporteSmtp.h"
 #include "platform/QZCodigosResultado.h"
+#include "tests/support/PXPastaTeste.h"
 #include "tests/support/PXServidorSmtp.h"
 
 namespace {
@@ -266,26 +266,12 @@ TEST(QZTransporteSmtpTest, NoServerOrABadUrlIsAFailure) {
 
 namespace {
 
-std::vector<std::string> Arquivos(const std::string& pasta) {
-    std::vector<std::string> nomes;
-    if (DIR* d = opendir(pasta.c_str())) {
-        while (dirent* e = readdir(d))
-            if (std::string(e->d_name) != "." && std::string(e->d_name) != "..") nomes.push_back(e->d_name);
-        closedir(d);
-    }
-    std::sort(nomes.begin(), nomes.end());
-    return nomes;
-}
-
 struct PastaTemporaria {
     PastaTemporaria() {
         std::string modelo = ::testing::TempDir() + "pxlreg_saida_XXXXXX";
         caminho = mkdtemp(modelo.data()) ? modelo : "";
     }
-    ~PastaTemporaria() {
-        for (const auto& n : Arquivos(caminho)) std::remove((caminho + "/" + n).c_str());
-        rmdir(caminho.c_str());
-    }
+    ~PastaTemporaria() { PXApagaPasta(caminho); }
     std::string caminho;
 };
 
@@ -298,7 +284,7 @@ TEST(QZTransporteCaixaSaidaTest, EachMessageIsOneWholeFileAndNothingElse) {
     CQZResultadoEnvio r1, r2;
     ASSERT_EQ(0, caixa.Envia(Mensagem(), r1)) << r1.erro;
     ASSERT_EQ(0, caixa.Envia(Mensagem(), r2)) << r2.erro;
-    const auto nomes = Arquivos(pasta.caminho);
+    const auto nomes = PXArquivosDaPasta(pasta.caminho);
     ASSERT_EQ(2u, nomes.size()) << "no temporary file is left behind";
     EXPECT_NE(r1.resposta, r2.resposta);
     for (const auto& n : nomes) {

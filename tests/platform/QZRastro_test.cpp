@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <fstream>
@@ -55,7 +56,8 @@ TEST(QZRastroTest, RecordCarriesKeysProfileAndLevel) {
 }
 
 TEST(QZRastroTest, JsonLinesSinkAppendsUtf8Records) {
-    std::string caminho = ::testing::TempDir() + "rastro_teste.jsonl";
+    // The process's own name: other test runs may share the temporary directory.
+    std::string caminho = ::testing::TempDir() + "rastro_teste_" + std::to_string(getpid()) + ".jsonl";
     std::remove(caminho.c_str());
     CQZSaidaRastroJsonLinhas saida(caminho);
     Perfil perfil(&saida);
@@ -71,4 +73,5 @@ TEST(QZRastroTest, JsonLinesSinkAppendsUtf8Records) {
         ++n;
     }
     EXPECT_EQ(n, 2);
+    std::remove(caminho.c_str());
 }

@@ -1,11 +1,12 @@
-// The save hook shared by tasks, custom fields and plans: one fixture typed
-// over the three registers, with each register's own field codes, parent
-// field and operation names.
+// The save hook shared by tasks, custom fields, plans and technicians: one
+// fixture typed over the four registers, with each register's own field
+// codes, parent field and operation names.
 #include "platform/QZCodigosResultado.h"
 #include "rules/PXTrataDadosCamposPersonalizados.h"
 #include "rules/PXTrataDadosPlano.h"
 #include "rules/PXTrataDadosTarefa.h"
-#include "tests/support/PXTeste.h"
+#include "rules/PXTrataDadosTecnico.h"
+#include "tests/rules/PXTesteRegras.h"
 
 namespace {
 
@@ -75,16 +76,33 @@ struct Planos {
     static Registro Aparado(Registro r) { return AparaCodigoNome(r); }
 };
 
+struct Tecnicos {
+    using Handler = CPXTrataDadosTecnico;
+    using Registro = CQZDadosPX_Tecnico;
+    static constexpr long kAtualizado = 7, kPai = 10;
+    static constexpr const char* kLe = "LeTecnico";
+    static constexpr const char* kSubarvore = "BuscaClassificacaoTecnico";
+    static Registro Novo(const char* codigo, uint8_t tipo, uint32_t pai) {
+        Registro r;
+        r.SetCodigo(codigo).SetNome("Técnico").SetTipoClassificacao(tipo).SetPonteiroPai(pai);
+        return r;
+    }
+    static void SetPai(Registro& r, uint32_t pai) { r.SetPonteiroPai(pai); }
+    static void SetNome(Registro& r, const char* nome) { r.SetNome(nome); }
+    static void FazFolha(Registro& r) { r.SetTipoClassificacao(1); }
+    static Registro Aparado(Registro r) { return AparaCodigoNome(r); }
+};
+
 }  // namespace
 
 template <class T>
-class PXTrataDadosArvoreTest : public PXTeste {
+class PXTrataDadosArvoreTest : public PXTesteRegras {
 protected:
     using R = typename T::Registro;
 
     // grupo > sub > folha; avulsa; vazio (a group without members)
     void SetUp() override {
-        PXTeste::SetUp();
+        PXTesteRegras::SetUp();
         Inicializa(handler);
         grupo = this->Grava(T::Novo("G", 2, 0));
         sub = this->Grava(T::Novo("S", 2, grupo.GetPonteiro()));
@@ -103,7 +121,7 @@ protected:
     R grupo, sub, folha, avulsa, vazio, salvo;
 };
 
-using Registros = ::testing::Types<Tarefas, CamposPersonalizados, Planos>;
+using Registros = ::testing::Types<Tarefas, CamposPersonalizados, Planos, Tecnicos>;
 TYPED_TEST_SUITE(PXTrataDadosArvoreTest, Registros);
 
 TYPED_TEST(PXTrataDadosArvoreTest, TreeChecksOfASavedGroupComeBeforeTheFields) {
@@ -140,18 +158,30 @@ TYPED_TEST(PXTrataDadosArvoreTest, NewRecordAndStoredLeafSkipTheTreeCheck) {
     auto movida = this->folha;
     T::SetPai(movida, this->avulsa.GetPonteiro());
     EXPECT_EQ(1, this->Salva(movida)) << QZParaUtf8(this->handler.GetMensagem());
+    // No self-parent test among the field checks either.
+    auto propria = this->avulsa;
+    T::SetPai(propria, this->avulsa.GetPonteiro());
+    EXPECT_EQ(1, this->Salva(propria)) << QZParaUtf8(this->handler.GetMensagem());
     auto nova = T::Novo("N", 2, this->grupo.GetPonteiro());
     EXPECT_EQ(1, this->Salva(nova)) << QZParaUtf8(this->handler.GetMensagem());
     EXPECT_EQ(0, this->falhas.Chamadas(T::kSubarvore));
-    EXPECT_EQ(1, this->falhas.Chamadas(T::kLe)) << "the saved leaf only";
+    EXPECT_EQ(2, this->falhas.Chamadas(T::kLe)) << "the saved leaves only";
 }
 
-TYPED_TEST(PXTrataDadosArvoreTest, StaleRecordIsRefused) {
+TYPED_TEST(PXTrataDadosArvoreTest, StaleRecordIsRefusedBeforeTheTreeAndTheFields) {
     using T = TypeParam;
     auto outra = this->avulsa;
     T::SetNome(outra, "Alterada");
     ASSERT_EQ(0, this->armazem.Atualiza(outra));
     EXPECT_EQ(0, this->Salva(this->avulsa));
+    EXPECT_THAT(this->handler.GetErro(), TemMensagem(QZ_MODULO_PX, 3, T::kAtualizado));
+
+    auto outroGrupo = this->grupo;
+    T::SetNome(outroGrupo, "Alterado");
+    ASSERT_EQ(0, this->armazem.Atualiza(outroGrupo));
+    auto viraFolha = this->grupo;
+    viraFolha.SetTipoClassificacao(1).SetCodigo("");
+    EXPECT_EQ(0, this->Salva(viraFolha));
     EXPECT_THAT(this->handler.GetErro(), TemMensagem(QZ_MODULO_PX, 3, T::kAtualizado));
 }
 
@@ -164,19 +194,11 @@ TYPED_TEST(PXTrataDadosArvoreTest, EveryCallFailingInTurnPassesItsErrorOn) {
     grupoComBrancos.SetCodigo(" G ");
     T::SetNome(grupoComBrancos, " Grupo ");
     for (const auto& modelo : {T::Novo(" N ", 1, 0), grupoComBrancos, this->folha}) {
-        this->ZeraChamadas();
-        ASSERT_EQ(1, this->Salva(modelo)) << QZParaUtf8(this->handler.GetMensagem());
-        const long total = this->falhas.TotalChamadas();
-        ASSERT_GT(total, 0);
-        for (long n = 1; n <= total; ++n) {
-            this->ZeraChamadas();
-            this->falhas.FalhaEm("*", n, QZ_E_FALHA_INJETADA);
-            EXPECT_EQ(0, this->Salva(modelo));
-            EXPECT_THAT(this->handler.GetErro(), TemFalhaServico(QZ_E_FALHA_INJETADA, 0)) << "call " << n;
+        this->VarreGravacao(this->handler, modelo, this->salvo, 0, [&] {
             const std::string& falhou = this->falhas.Historico().back();
             const bool camposAparados = falhou.starts_with("BuscaPonteiros");
-            EXPECT_EQ(this->salvo, camposAparados ? T::Aparado(modelo) : modelo) << "call " << n << ", " << falhou;
-        }
-        EXPECT_TRUE(this->rastro.Registros().empty());
+            EXPECT_EQ(this->salvo, camposAparados ? T::Aparado(modelo) : modelo);
+            EXPECT_TRUE(this->rastro.Registros().empty());
+        });
     }
 }

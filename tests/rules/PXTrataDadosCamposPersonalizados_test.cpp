@@ -82,7 +82,6 @@ TEST_F(PXTrataDadosCamposPersonalizadosTest, CodesAreUniqueWithinTheDestination)
     EXPECT_EQ(1, Salva(Campo(" OD ", " Mesmo código, destinação 1 ", 1)));
     EXPECT_EQ(salvo.GetCodigo(), "OD");
     EXPECT_EQ(salvo.GetDescricao(), "Mesmo código, destinação 1");
-    EXPECT_EQ(1, Salva(avulso)) << "its own code";
 }
 
 TEST_F(PXTrataDadosCamposPersonalizadosTest, ClassDropsDetailAndInactiveFlag) {

@@ -360,22 +360,14 @@ TEST_F(PXTrataDadosManutencaoLinhasTest, TimeEntriesTheRulesLetThrough) {
         c.prepara(m, a);
         EXPECT_THAT(handler.TrataAdicionarAlterarApontamento(m, &a), SemErro()) << c.nome;
     }
-
-    // Without a technician when the settings do not ask for one.
-    CQZDadosPX_Mestre mestre;
-    ASSERT_EQ(0, armazem.LeBufferMestre(&mestre, 0));
-    mestre.SetObrigarInformarTecnicoManutencao(0);
-    ASSERT_EQ(0, armazem.Atualiza(mestre));
-    A a = Apontamento(Em(3, 3, 8), Em(3, 3, 12), 0);
-    EXPECT_THAT(handler.TrataAdicionarAlterarApontamento(ordem, &a), SemErro());
 }
 
 TEST_F(PXTrataDadosManutencaoLinhasTest, EveryFailedReadOfATimeEntryCheckIsTheServicesErrorAndChangesNothing) {
     for (uint32_t tecnico : std::initializer_list<uint32_t>{TECNICO_GRUPO, 0}) {
         SCOPED_TRACE(tecnico);
         if (tecnico == 0) {
-            // Settings that let an entry go without a technician, so that the
-            // entry passes when nothing fails.
+            // Settings that let an entry go without a technician: the entry
+            // passes when nothing fails (the only test of that allowance).
             CQZDadosPX_Mestre mestre;
             ASSERT_EQ(0, armazem.LeBufferMestre(&mestre, 0));
             mestre.SetObrigarInformarTecnicoManutencao(0);

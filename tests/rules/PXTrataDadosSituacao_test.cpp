@@ -3,7 +3,7 @@
 #include "platform/QZCodigosResultado.h"
 #include "rules/PXTrataDadosSituacaoManutencao.h"
 #include "rules/PXTrataDadosSituacaoTarefa.h"
-#include "tests/support/PXTeste.h"
+#include "tests/rules/PXTesteRegras.h"
 
 namespace {
 
@@ -26,10 +26,10 @@ const char* const kLogBusca =
 
 }  // namespace
 
-class PXTrataDadosSituacaoTest : public PXTeste {
+class PXTrataDadosSituacaoTest : public PXTesteRegras {
 protected:
     void SetUp() override {
-        PXTeste::SetUp();
+        PXTesteRegras::SetUp();
         Inicializa(manutencao);
         Inicializa(tarefa);
         aberta = Grava(Manutencao("A1", "Aberta", 2));
@@ -206,29 +206,11 @@ TEST_F(PXTrataDadosSituacaoTest, FailedCodeSearchIsTracedWithEachHandlersLine) {
 // Each call of a save failing in turn: the service's error on field 1; only
 // the code search is traced.
 TEST_F(PXTrataDadosSituacaoTest, EveryCallFailingInTurnPassesItsErrorOnField1) {
-    struct Caso {
-        CQZDadosPX_Situacao modelo;
-        CPXTrataDados& handler;
-    } casos[] = {
-        {Manutencao("NV", "X", 2), manutencao},
-        {iniciada, manutencao},
-        {Tarefa("NV", "X", 1), tarefa},
-        {grupo, tarefa},
+    auto soBuscaRastreada = [&] {
+        const bool busca = falhas.Historico().back() == "BuscaPonteirosSituacao";
+        EXPECT_EQ(rastro.Registros().size(), busca ? 1u : 0u);
     };
-    for (auto& c : casos) {
-        auto s = c.modelo;
-        ZeraChamadas();
-        ASSERT_EQ(1, c.handler.TrataGravacao(&s, nullptr)) << QZParaUtf8(c.handler.GetMensagem());
-        const long total = falhas.TotalChamadas();
-        ASSERT_GT(total, 0);
-        for (long n = 1; n <= total; ++n) {
-            ZeraChamadas();
-            falhas.FalhaEm("*", n, QZ_E_FALHA_INJETADA);
-            s = c.modelo;
-            EXPECT_EQ(0, c.handler.TrataGravacao(&s, nullptr));
-            EXPECT_THAT(c.handler.GetErro(), TemFalhaServico(QZ_E_FALHA_INJETADA, 1)) << "call " << n;
-            const bool busca = falhas.Historico().back() == "BuscaPonteirosSituacao";
-            EXPECT_EQ(rastro.Registros().size(), busca ? 1u : 0u) << "call " << n;
-        }
-    }
+    for (const auto& modelo : {Manutencao("NV", "X", 2), iniciada})
+        VarreGravacao(manutencao, modelo, salvo, 1, soBuscaRastreada);
+    for (const auto& modelo : {Tarefa("NV", "X", 1), grupo}) VarreGravacao(tarefa, modelo, salvo, 1, soBuscaRastreada);
 }

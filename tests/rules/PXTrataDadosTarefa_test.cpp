@@ -86,7 +86,6 @@ TEST_F(PXTrataDadosTarefaTest, CompleteLeavesPass) {
     EXPECT_EQ(1, Salva(t)) << "a negative warranty quantity is not refused";
     EXPECT_EQ(salvo.GetCodigo(), "N");
     EXPECT_EQ(salvo.GetNome(), "Nova");
-    EXPECT_EQ(1, Salva(folha)) << "its own code";
 }
 
 TEST_F(PXTrataDadosTarefaTest, GroupIsNormalisedWithoutWarning) {

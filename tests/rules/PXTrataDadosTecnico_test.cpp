@@ -1,7 +1,7 @@
 #include "rules/PXTrataDadosTecnico.h"
 
 #include "platform/QZCodigosResultado.h"
-#include "tests/support/PXTeste.h"
+#include "tests/rules/PXTesteRegras.h"
 
 namespace {
 
@@ -21,11 +21,11 @@ CQZDadosPX_TecnicoDisciplina Disciplina(uint32_t ponteiro) {
 
 }  // namespace
 
-class PXTrataDadosTecnicoTest : public PXTeste {
+class PXTrataDadosTecnicoTest : public PXTesteRegras {
 protected:
     // equipe > turno > joao (branch 3, user 20); maria (branch 5, user 30)
     void SetUp() override {
-        PXTeste::SetUp();
+        PXTesteRegras::SetUp();
         Inicializa(handler);
         equipe = Grava(Tecnico("EQ", "Equipe", 2));
         turno = Grava(Tecnico("TU", "Turno", 2, equipe.GetPonteiro()));
@@ -99,54 +99,6 @@ TEST_F(PXTrataDadosTecnicoTest, TrimmingIsWrittenBackEvenWhenRefused) {
     EXPECT_EQ(salvo.GetNome(), "Outra Maria");
 }
 
-TEST_F(PXTrataDadosTecnicoTest, TreeChecksOfASavedGroupComeBeforeTheFields) {
-    auto viraFolha = equipe;
-    viraFolha.SetTipoClassificacao(1).SetCodigo("");
-    auto sobNeto = equipe;
-    sobNeto.SetPonteiroPai(joao.GetPonteiro()).SetNome("");
-    auto proprioPai = turno;
-    proprioPai.SetPonteiroPai(turno.GetPonteiro());
-    struct Caso {
-        const char* nome;
-        CQZDadosPX_Tecnico t;
-        long mensagem;
-    } casos[] = {
-        {"group with members made a leaf", viraFolha, 98},
-        {"moved under its grandchild", sobNeto, 99},
-        {"its own parent", proprioPai, 99},
-    };
-    for (auto& c : casos) {
-        EXPECT_EQ(0, Salva(c.t)) << c.nome;
-        EXPECT_THAT(handler.GetErro(), TemMensagem(QZ_MODULO_PX, c.mensagem, 10)) << c.nome;
-    }
-}
-
-TEST_F(PXTrataDadosTecnicoTest, NewRecordAndStoredLeafSkipTheTreeCheck) {
-    auto folhaPropria = maria;
-    folhaPropria.SetPonteiroPai(maria.GetPonteiro());
-    EXPECT_EQ(1, Salva(folhaPropria)) << "no self-parent test among the field checks";
-    EXPECT_EQ(1, Salva(Tecnico("NV", "Novo", 2, 5)));
-    EXPECT_EQ(0, falhas.Chamadas("BuscaClassificacaoTecnico"));
-    EXPECT_EQ(1, falhas.Chamadas("LeTecnico")) << "the saved leaf only";
-}
-
-TEST_F(PXTrataDadosTecnicoTest, StaleRecordIsRefusedOnField7) {
-    auto outro = maria;
-    outro.SetNome("Maria Silva");
-    ASSERT_EQ(0, armazem.Atualiza(outro));
-    EXPECT_EQ(0, Salva(maria));
-    EXPECT_THAT(handler.GetErro(), TemMensagem(QZ_MODULO_PX, 3, 7));
-
-    // Before the tree and the fields.
-    auto outraEquipe = equipe;
-    outraEquipe.SetNome("Equipe B");
-    ASSERT_EQ(0, armazem.Atualiza(outraEquipe));
-    auto viraFolha = equipe;
-    viraFolha.SetTipoClassificacao(1).SetCodigo("");
-    EXPECT_EQ(0, Salva(viraFolha));
-    EXPECT_THAT(handler.GetErro(), TemMensagem(QZ_MODULO_PX, 3, 7));
-}
-
 TEST_F(PXTrataDadosTecnicoTest, AddingDisciplines) {
     auto t = maria;
     auto d4 = Disciplina(4), d0 = Disciplina(0);
@@ -167,17 +119,6 @@ TEST_F(PXTrataDadosTecnicoTest, ConsistirWithoutServicesRefusesWith161) {
 
 // Each call failing in turn: exactly the service's error, no field, no trace.
 TEST_F(PXTrataDadosTecnicoTest, EveryCallFailingInTurnPassesItsErrorOn) {
-    for (const auto& modelo : {Tecnico("NV", "Novo", 1, 0, 3, 99), equipe, joao}) {
-        ZeraChamadas();
-        ASSERT_EQ(1, Salva(modelo)) << QZParaUtf8(handler.GetMensagem());
-        const long total = falhas.TotalChamadas();
-        ASSERT_GT(total, 0);
-        for (long n = 1; n <= total; ++n) {
-            ZeraChamadas();
-            falhas.FalhaEm("*", n, QZ_E_FALHA_INJETADA);
-            EXPECT_EQ(0, Salva(modelo));
-            EXPECT_THAT(handler.GetErro(), TemFalhaServico(QZ_E_FALHA_INJETADA, 0)) << "call " << n;
-        }
-        EXPECT_TRUE(rastro.Registros().empty());
-    }
+    for (const auto& modelo : {Tecnico("NV", "Novo", 1, 0, 3, 99), equipe, joao})
+        VarreGravacao(handler, modelo, salvo, 0, [&] { EXPECT_TRUE(rastro.Registros().empty()); });
 }

@@ -137,23 +137,6 @@ TEST_F(PXTrataDadosVerificacoesTest, IntegrationCheckKeepsAnEarlierVerdictAndSki
     EXPECT_EQ(falhas.Chamadas("LePeriodoContabil"), 1);
 }
 
-TEST_F(PXTrataDadosVerificacoesTest, IntegrationReadFailuresAreTracedAndPassedOnWithoutField) {
-    falhas.FalhaEm("LeBufferFilial", 0, QZ_E_BANCO, "Filial ilegível");
-    h.VerificaPeriodoIntegracao(Instante(15, 4, 2026), ponteiroFilial, 85);
-    EXPECT_THAT(h.GetErro(), TemFalhaServico(QZ_E_BANCO, 0));
-    EXPECT_EQ(h.GetMensagem(), "Filial ilegível (LeBufferFilial)");
-    EsperaRastro("CPXTrataDados::VerificaPeriodoIntegracao", "218",
-                 "GetAcessoGestavo()->LeBufferFilial(usPonteiroFilial, &dadosFilial)");
-    EXPECT_EQ(falhas.Chamadas("LePeriodoContabil"), 0);
-
-    ZeraChamadas();
-    falhas.FalhaEm("LePeriodoContabil", 0, QZ_E_BANCO_OCUPADO);
-    h.VerificaPeriodoIntegracao(Instante(15, 4, 2026), ponteiroFilial, 85);
-    EXPECT_THAT(h.GetErro(), TemFalhaServico(QZ_E_BANCO_OCUPADO, 0));
-    EsperaRastro("CPXTrataDados::VerificaPeriodoIntegracao", "228",
-                 "GetAcessoGestavo()->LePeriodoContabil(&dadosPeriodo)");
-}
-
 TEST_F(PXTrataDadosVerificacoesTest, UnknownBranchIsAServiceError) {
     h.VerificaPeriodoIntegracao(Instante(15, 4, 2026), 4321, 85);
     EXPECT_THAT(h.GetErro(), TemFalhaServico(QZ_E_REGISTRO_NAO_ENCONTRADO, 0));
@@ -187,14 +170,9 @@ TEST_F(PXTrataDadosVerificacoesTest, MovementPeriodComparesWholeMonthsAndRefuses
     }
 }
 
-TEST_F(PXTrataDadosVerificacoesTest, MovementPeriodReadFailureCarriesTheFieldAndIsNotTraced) {
+TEST_F(PXTrataDadosVerificacoesTest, AnInvalidMovementDateIsNotRead) {
     h.VerificaPeriodoMovimentacao(REG_QZDMA(0u), 85);
     EXPECT_EQ(falhas.Chamadas("LeBufferPeriodoContabil"), 0);
-
-    falhas.FalhaEm("LeBufferPeriodoContabil", 0, QZ_E_BANCO);
-    h.VerificaPeriodoMovimentacao(REG_QZDMA(1, 3, 2026), 85);
-    EXPECT_THAT(h.GetErro(), TemFalhaServico(QZ_E_BANCO, 85));
-    EXPECT_TRUE(rastro.Registros().empty());
 }
 
 // ---- products and services --------------------------------------------------
@@ -231,13 +209,6 @@ TEST_F(PXTrataDadosVerificacoesTest, ProductCheckKeepsAnEarlierVerdictWhenItPass
     EXPECT_EQ(falhas.Chamadas("LeProdutoEx"), 1);
 }
 
-TEST_F(PXTrataDadosVerificacoesTest, ProductReadFailureIsTraced) {
-    h.VerificaProduto(Chave(9999));
-    EXPECT_THAT(h.GetErro(), TemFalhaServico(QZ_E_REGISTRO_NAO_ENCONTRADO, 0));
-    EsperaRastro("CPXTrataDados::VerificaProduto", "113",
-                 "GetAcessoGestavo()->LeProdutoEx(regPosicaoProduto, &dadosProdutoEx)");
-}
-
 TEST_F(PXTrataDadosVerificacoesTest, ServiceKeys) {
     struct Caso {
         const char* nome;
@@ -258,14 +229,6 @@ TEST_F(PXTrataDadosVerificacoesTest, ServiceKeys) {
     DeixaVeredito();
     h.VerificaServico(Chave(ponteiroServico));
     EXPECT_THAT(h.GetErro(), TemMensagem(QZ_MODULO_PX, 999, 9));
-}
-
-TEST_F(PXTrataDadosVerificacoesTest, ServiceIsReadBeforeItsGridIsChecked) {
-    falhas.FalhaEm("LeServico", 0, QZ_E_BANCO);
-    h.VerificaServico(Chave(ponteiroServico, 1));
-    EXPECT_THAT(h.GetErro(), TemFalhaServico(QZ_E_BANCO, 0));
-    EsperaRastro("CPXTrataDados::VerificaServico", "145",
-                 "GetAcessoGestavo()->LeServico(regPosicaoServico.lPonteiroProduto, &dadosServico)");
 }
 
 // ---- maintenance situation ---------------------------------------------------
@@ -293,15 +256,6 @@ TEST_F(PXTrataDadosVerificacoesTest, InactiveSituationNamesItselfUnlessAllowed) 
     EXPECT_EQ(lida, ativa);
 }
 
-TEST_F(PXTrataDadosVerificacoesTest, SituationReadFailureIsTracedWithTheField) {
-    CQZDadosPX_Situacao lida;
-    falhas.FalhaEm("LeSituacao", 0, QZ_E_BANCO);
-    h.VerificaSituacaoManutencao(ativa.GetPosicao(), lida, 84, true, false);
-    EXPECT_THAT(h.GetErro(), TemFalhaServico(QZ_E_BANCO, 84));
-    EsperaRastro("CPXTrataDados::VerificaSituacaoManutencao", "255",
-                 "GetAcessoManutencao()->LeSituacao(ulPonteiro, &dadosSituacao, PX_LER_SITUACAO_CABECALHO)");
-}
-
 // ---- user -------------------------------------------------------------------
 
 TEST_F(PXTrataDadosVerificacoesTest, Users) {
@@ -314,11 +268,53 @@ TEST_F(PXTrataDadosVerificacoesTest, Users) {
     EXPECT_THAT(h.VerificaUsuario(7, nullptr), SemErro());
 }
 
-TEST_F(PXTrataDadosVerificacoesTest, UserReadFailureIsPassedOnUntraced) {
-    falhas.FalhaEm("LeBufferUsuario", 0, QZ_E_BANCO);
-    CQZDadosGT_Usuario lido;
-    EXPECT_THAT(h.VerificaUsuario(7, &lido), TemFalhaServico(QZ_E_BANCO, 0));
-    EXPECT_TRUE(rastro.Registros().empty());
+// ---- failed reads --------------------------------------------------------------
+
+// A failed read is the service's error (code and text) and ends the check;
+// the shared checks trace it with their line, but for the movement period
+// (which names its field) and the user.
+TEST_F(PXTrataDadosVerificacoesTest, FailedReadsArePassedOn) {
+    CQZDadosPX_Situacao situacao;
+    CQZDadosGT_Usuario usuario;
+    auto integracao = [&] { h.VerificaPeriodoIntegracao(Instante(15, 4, 2026), ponteiroFilial, 85); };
+    struct Caso {
+        const char* operacao;  // made to fail; null: the record is not there
+        std::function<void()> verifica;
+        long hr, campo;
+        const char* funcao;  // null: not traced
+        const char *linha, *expressao;
+    } casos[] = {
+        {"LeBufferFilial", integracao, QZ_E_BANCO, 0, "CPXTrataDados::VerificaPeriodoIntegracao", "218",
+         "GetAcessoGestavo()->LeBufferFilial(usPonteiroFilial, &dadosFilial)"},
+        {"LePeriodoContabil", integracao, QZ_E_BANCO_OCUPADO, 0, "CPXTrataDados::VerificaPeriodoIntegracao", "228",
+         "GetAcessoGestavo()->LePeriodoContabil(&dadosPeriodo)"},
+        {"LeBufferPeriodoContabil", [&] { h.VerificaPeriodoMovimentacao(REG_QZDMA(1, 3, 2026), 85); }, QZ_E_BANCO, 85,
+         nullptr, nullptr, nullptr},
+        {nullptr, [&] { h.VerificaProduto(Chave(9999)); }, QZ_E_REGISTRO_NAO_ENCONTRADO, 0, "CPXTrataDados::VerificaProduto",
+         "113", "GetAcessoGestavo()->LeProdutoEx(regPosicaoProduto, &dadosProdutoEx)"},
+        // The service is read before its grid is checked.
+        {"LeServico", [&] { h.VerificaServico(Chave(ponteiroServico, 1)); }, QZ_E_BANCO, 0, "CPXTrataDados::VerificaServico",
+         "145", "GetAcessoGestavo()->LeServico(regPosicaoServico.lPonteiroProduto, &dadosServico)"},
+        {"LeSituacao", [&] { h.VerificaSituacaoManutencao(ativa.GetPosicao(), situacao, 84, true, false); }, QZ_E_BANCO, 84,
+         "CPXTrataDados::VerificaSituacaoManutencao", "255",
+         "GetAcessoManutencao()->LeSituacao(ulPonteiro, &dadosSituacao, PX_LER_SITUACAO_CABECALHO)"},
+        {"LeBufferUsuario", [&] { h.VerificaUsuario(7, &usuario); }, QZ_E_BANCO, 0, nullptr, nullptr, nullptr},
+    };
+    for (const auto& c : casos) {
+        SCOPED_TRACE(c.operacao ? c.operacao : c.funcao);
+        ZeraChamadas();
+        if (c.operacao) falhas.FalhaEm(c.operacao, 0, c.hr, "Leitura impossível");
+        c.verifica();
+        EXPECT_THAT(h.GetErro(), TemFalhaServico(c.hr, c.campo));
+        if (c.operacao) {
+            EXPECT_EQ(h.GetMensagem(), CString(("Leitura impossível (" + std::string(c.operacao) + ")").c_str()));
+            EXPECT_EQ(falhas.Historico().back(), c.operacao) << "nothing is read after the failure";
+        }
+        if (c.funcao)
+            EsperaRastro(c.funcao, c.linha, c.expressao);
+        else
+            EXPECT_TRUE(rastro.Registros().empty());
+    }
 }
 
 // ---- handler without services --------------------------------------------------

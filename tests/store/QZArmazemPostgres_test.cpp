@@ -22,12 +22,6 @@ namespace {
 
 std::string Texto(const CQZDadosGT_Erro& erro) { return QZParaUtf8(erro.GetMensagem()); }
 
-CQZDadosPX_Prioridade Prioridade(const char* codigo) {
-    CQZDadosPX_Prioridade p;
-    p.SetCodigo(codigo).SetDescricao("Prioridade").SetPrioridadeBase(10);
-    return p;
-}
-
 // What the racing processes share: a barrier per step and the outcome of
 // every trial.
 struct Corrida {
@@ -89,7 +83,7 @@ TEST_F(QZArmazemPostgresTest, ALostConnectionIsAnErrorAndTheNextCallReconnects) 
     const std::string url = esquema.Url() + "&application_name=" + esquema.Esquema();
     CQZArmazemSQL armazem(url);
     ASSERT_TRUE(armazem.EstaAberto()) << Texto(armazem.GetErro());
-    CQZDadosPX_Prioridade p = Prioridade("A");
+    CQZDadosPX_Prioridade p = PXPrioridadeTeste("A");
     ASSERT_EQ(0, armazem.Insere(p)) << Texto(armazem.GetErro());
 
     esquema.Executa("SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE application_name = '" +
@@ -100,7 +94,7 @@ TEST_F(QZArmazemPostgresTest, ALostConnectionIsAnErrorAndTheNextCallReconnects) 
     // The next call opens the connection again, its statements prepared anew.
     ASSERT_EQ(0, armazem.LeRegistro(p.GetPosicao(), lida)) << Texto(armazem.GetErro());
     EXPECT_EQ(lida.GetCodigo(), "A");
-    CQZDadosPX_Prioridade q = Prioridade("B");
+    CQZDadosPX_Prioridade q = PXPrioridadeTeste("B");
     EXPECT_EQ(0, armazem.Insere(q)) << Texto(armazem.GetErro());
 }
 
@@ -110,7 +104,7 @@ TEST_F(QZArmazemPostgresTest, AWriterKilledMidImportLeavesNothingHalfWritten) {
     // The server rolls the dead client's transaction back and frees its lock.
     CQZArmazemSQL armazem(esquema.Url(), QZ_ABRE_EXISTENTE, 10000);
     ASSERT_TRUE(armazem.EstaAberto()) << Texto(armazem.GetErro());
-    CQZDadosPX_Prioridade p = Prioridade("D");
+    CQZDadosPX_Prioridade p = PXPrioridadeTeste("D");
     ASSERT_EQ(0, armazem.Insere(p)) << Texto(armazem.GetErro());
     EXPECT_EQ(p.GetPosicao(), 4u);
     std::vector<int64_t> chaves;
@@ -125,7 +119,7 @@ TEST_F(QZArmazemPostgresTest, RacingWritersOnOneRecordHaveExactlyOneWinnerPerTri
     int64_t posicao;
     {
         CQZArmazemSQL armazem(esquema.Url());
-        CQZDadosPX_Prioridade p = Prioridade("DISPUTADA");
+        CQZDadosPX_Prioridade p = PXPrioridadeTeste("DISPUTADA");
         ASSERT_EQ(0, armazem.Insere(p)) << Texto(armazem.GetErro());
         posicao = p.GetPosicao();
     }

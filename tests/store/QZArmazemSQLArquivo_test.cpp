@@ -39,12 +39,6 @@ private:
     sqlite3* m_db = nullptr;
 };
 
-CQZDadosPX_Prioridade Prioridade(const char* codigo, uint8_t base = 10) {
-    CQZDadosPX_Prioridade p;
-    p.SetCodigo(codigo).SetDescricao("Prioridade").SetPrioridadeBase(base);
-    return p;
-}
-
 std::string Texto(const CQZDadosGT_Erro& erro) { return QZParaUtf8(erro.GetMensagem()); }
 // The error's text holds `trecho` (both Windows-1252, as the literals here are).
 bool Contem(const CQZDadosGT_Erro& erro, const char* trecho) { return erro.GetMensagem().Find(trecho) >= 0; }
@@ -131,6 +125,10 @@ TEST(QZArmazemSQLEsquemaTest, FilesItCannotUseAreRefusedUntouched) {
     Sql outro(alheio.Caminho());
     EXPECT_EQ(outro.Valor("SELECT count(*) FROM sqlite_master"), "1");
     EXPECT_EQ(access(ausente.Caminho().c_str(), F_OK), -1);
+    // A file that cannot be created.
+    CQZArmazemSQL semPasta("/nonexistent-dir/x/y.db");
+    EXPECT_FALSE(semPasta.EstaAberto());
+    EXPECT_EQ(semPasta.GetErro().GetUltimoHR(), QZ_E_BANCO);
 }
 
 TEST(QZArmazemSQLEsquemaTest, NewFileIsVersionedAndInWalMode) {
@@ -152,7 +150,7 @@ TEST(QZArmazemSQLConcorrenciaTest, AWriterWaitsForAnotherThenGivesUpWithAClearEr
     long hrB = 0;
     CQZDadosGT_Erro erroB;
     ASSERT_EQ(0, a.EmTransacao("Segura", [&]() -> long {
-        CQZDadosPX_Prioridade p = Prioridade("A");
+        CQZDadosPX_Prioridade p = PXPrioridadeTeste("A");
         if (long hr = a.Insere(p)) return hr;
         // An up-to-date store opens while another connection writes...
         CQZArmazemSQL b(arquivo.Caminho(), QZ_ABRE_EXISTENTE, 50);
@@ -161,7 +159,7 @@ TEST(QZArmazemSQLConcorrenciaTest, AWriterWaitsForAnotherThenGivesUpWithAClearEr
         std::vector<int64_t> chaves;
         EXPECT_EQ(0, b.ListaChaves<CQZDadosPX_Prioridade>(chaves));
         EXPECT_TRUE(chaves.empty());
-        CQZDadosPX_Prioridade q = Prioridade("B");
+        CQZDadosPX_Prioridade q = PXPrioridadeTeste("B");
         hrB = b.Insere(q);
         erroB = b.GetErro();
         return 0;
@@ -170,7 +168,7 @@ TEST(QZArmazemSQLConcorrenciaTest, AWriterWaitsForAnotherThenGivesUpWithAClearEr
     EXPECT_TRUE(Contem(erroB, "em uso por outra gravação")) << Texto(erroB);
 
     CQZArmazemSQL b(arquivo.Caminho(), QZ_ABRE_EXISTENTE, 50);
-    CQZDadosPX_Prioridade q = Prioridade("B");
+    CQZDadosPX_Prioridade q = PXPrioridadeTeste("B");
     EXPECT_EQ(0, b.Insere(q));
     std::vector<int64_t> chaves;
     ASSERT_EQ(0, a.ListaChaves<CQZDadosPX_Prioridade>(chaves));
@@ -181,7 +179,7 @@ TEST(QZArmazemSQLConcorrenciaTest, DeletionNeedsTheStampThatWasRead) {
     CQZArmazemSQL armazem(":memory:");
     CQZRelogioFixo relogio;
     armazem.DefineRelogio(&relogio);
-    CQZDadosPX_Prioridade p = Prioridade("A");
+    CQZDadosPX_Prioridade p = PXPrioridadeTeste("A");
     ASSERT_EQ(0, armazem.Insere(p));
     CQZDadosPX_Prioridade antiga = p;
     ASSERT_EQ(0, armazem.Atualiza(p));
@@ -197,7 +195,7 @@ TEST(QZArmazemSQLConcorrenciaTest, RestoreKeepsKeyAndStampAndRefusesATakenKey) {
     CQZArmazemSQL armazem(":memory:");
     CQZRelogioFixo relogio(REG_QZDMAHMSUTC(2, 2, 2026, 10, 0, 0));
     armazem.DefineRelogio(&relogio);
-    CQZDadosPX_Prioridade p = Prioridade("A");
+    CQZDadosPX_Prioridade p = PXPrioridadeTeste("A");
     p.SetPosicao(7);
     p.SetDmaHmsAtualizacao(REG_QZDMAHMSUTC(1, 1, 2020, 8, 0, 0));
     ASSERT_EQ(0, armazem.Restaura(p));
@@ -205,7 +203,7 @@ TEST(QZArmazemSQLConcorrenciaTest, RestoreKeepsKeyAndStampAndRefusesATakenKey) {
     ASSERT_EQ(0, armazem.LeRegistro(7, lida));
     EXPECT_TRUE(lida.OnIgual(p));
 
-    CQZDadosPX_Prioridade outra = Prioridade("B");
+    CQZDadosPX_Prioridade outra = PXPrioridadeTeste("B");
     outra.SetPosicao(7);
     EXPECT_EQ(QZ_E_REGISTRO_INVALIDO, armazem.Restaura(outra));
     EXPECT_TRUE(Contem(armazem.GetErro(), "Já existe")) << Texto(armazem.GetErro());
@@ -219,10 +217,10 @@ TEST(QZArmazemSQLFalhaTest, AFailedTransactionLeavesNothingOfItsWrites) {
     CQZArmazemSQL armazem(":memory:");
     long hr = armazem.EmTransacao("Carga", [&]() -> long {
         for (const char* c : {"A", "B"}) {
-            CQZDadosPX_Prioridade p = Prioridade(c);
+            CQZDadosPX_Prioridade p = PXPrioridadeTeste(c);
             if (long r = armazem.Insere(p)) return r;
         }
-        CQZDadosPX_Prioridade ruim = Prioridade("C");
+        CQZDadosPX_Prioridade ruim = PXPrioridadeTeste("C");
         ruim.SetDescricao(CString(std::string("\x90", 1)));  // no Windows-1252 character
         return armazem.Insere(ruim);
     });
@@ -245,7 +243,7 @@ TEST(QZArmazemSQLFalhaTest, AWriterKilledMidTransactionLeavesAConsistentFile) {
     std::vector<int64_t> chaves;
     ASSERT_EQ(0, armazem.ListaChaves<CQZDadosPX_Prioridade>(chaves));
     EXPECT_EQ(chaves, (std::vector<int64_t>{1, 2, 3}));
-    CQZDadosPX_Prioridade p = Prioridade("D");
+    CQZDadosPX_Prioridade p = PXPrioridadeTeste("D");
     EXPECT_EQ(0, armazem.Insere(p));  // the dead writer's lock went with it
     EXPECT_EQ(p.GetPosicao(), 4u);
 }

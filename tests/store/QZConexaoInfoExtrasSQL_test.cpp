@@ -2,11 +2,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <cstdio>
 
 #include "platform/QZCodigosResultado.h"
+#include "tests/support/PXArquivoTemporario.h"
 
 namespace {
 
@@ -155,11 +153,8 @@ TEST_F(QZConexaoInfoExtrasSQLTest, FieldsDroppedFromAHeaderTakeTheirValuesAlong)
 }
 
 TEST(QZConexaoInfoExtrasSQLArquivoTest, FileKeepsHeadersAndLinksAcrossConnections) {
-    const std::string caminho = ::testing::TempDir() + "qz_ie_" + std::to_string(getpid()) + ".db";
-    auto remove = [&] {
-        for (const char* s : {"", "-wal", "-shm"}) std::remove((caminho + s).c_str());
-    };
-    remove();
+    PXArquivoTemporario arquivo("ie");
+    const std::string& caminho = arquivo.Caminho();
     CQZDadosGT_Erro erro;
     CIEHeader h;
     {
@@ -176,7 +171,6 @@ TEST(QZConexaoInfoExtrasSQLArquivoTest, FileKeepsHeadersAndLinksAcrossConnection
     CIEVinculo v;
     ASSERT_EQ(0, ie.BuscaVinculoByOrigem({h.GetPosicao(), 3}, v, erro));
     EXPECT_EQ(v.GetValores(), (std::vector<CIEValorCampo>{{1, "Lilás"}}));
-    remove();
 }
 
 TEST(QZConexaoInfoExtrasSQLArquivoTest, UnopenableFileIsReportedAndEveryOperationFails) {

@@ -49,9 +49,16 @@ TEST_F(QZConexoesTest, ABufferedReadAfterAWriteInTheSameTransactionSeesTheWrite)
     });
     ASSERT_EQ(0, hr) << Texto(a->GetErro());
     EXPECT_EQ(lido.GetNome(), "Depois");
-    // A removed record is not served from the cache either.
+    // Outside a transaction too.
+    lido.SetNome("Fora");
+    ASSERT_EQ(0, a->Atualiza(lido));
+    ASSERT_EQ(0, a->LeBufferTecnico(t.GetPosicao(), &lido));
+    EXPECT_EQ(lido.GetNome(), "Fora");
+    // A removed record is not served from the cache either, and a failed
+    // read leaves the caller's record as it was.
     ASSERT_EQ(0, a->Remove(lido));
-    EXPECT_NE(0, a->LeBufferTecnico(t.GetPosicao(), &lido));
+    EXPECT_EQ(QZ_E_REGISTRO_NAO_ENCONTRADO, a->LeBufferTecnico(t.GetPosicao(), &lido));
+    EXPECT_EQ(lido.GetNome(), "Fora");
 }
 
 TEST_F(QZConexoesTest, ARolledBackWriteLeavesNothingInTheCache) {

@@ -2,7 +2,6 @@
 // plan link inside a resource, and configurations by activity and generator.
 #include <gtest/gtest.h>
 
-#include "files/PXFuncoesComuns.h"
 #include "store/QZArmazemSQL.h"
 
 namespace {
@@ -60,13 +59,6 @@ TEST(QZLeituraManutencaoTest, EachFlagReadsItsListsAndTheHeaderAlwaysComes) {
         EXPECT_EQ(lida.GetQuantidadeServico(), c.servico ? 1 : 0);
         EXPECT_EQ(lida.GetListaApontamento(),
                   c.apontamento ? gravada.GetListaApontamento() : std::vector<CQZDadosPX_ManutencaoApontamento>());
-        // The store's reading and the common tests of the flags agree.
-        const auto f = static_cast<uint16_t>(c.flags);
-        EXPECT_EQ(c.tarefa, CPXFuncoesComuns::FazLeituraManutencaoTarefa(f));
-        EXPECT_EQ(c.material, CPXFuncoesComuns::FazLeituraManutencaoMaterial(f));
-        EXPECT_EQ(c.equipamento, CPXFuncoesComuns::FazLeituraManutencaoEquipamento(f));
-        EXPECT_EQ(c.servico, CPXFuncoesComuns::FazLeituraManutencaoServico(f));
-        EXPECT_EQ(c.apontamento, CPXFuncoesComuns::FazLeituraManutencaoApontamento(f));
     }
     // Reads outside the contract, and records of other types, are whole.
     CQZDadosPX_Manutencao inteira;

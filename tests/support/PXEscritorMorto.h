@@ -13,16 +13,18 @@
 
 #include "store/QZArmazemSQL.h"
 
+// A priority as the store tests save them.
+inline CQZDadosPX_Prioridade PXPrioridadeTeste(const char* codigo) {
+    CQZDadosPX_Prioridade p;
+    p.SetCodigo(codigo).SetDescricao("Prioridade").SetPrioridadeBase(10);
+    return p;
+}
+
 inline void PXDeixaEscritorMorto(const std::string& caminho) {
-    auto prioridade = [](const char* codigo) {
-        CQZDadosPX_Prioridade p;
-        p.SetCodigo(codigo).SetDescricao("Prioridade").SetPrioridadeBase(10);
-        return p;
-    };
     {
         CQZArmazemSQL armazem(caminho);
         for (const char* c : {"A", "B", "C"}) {
-            CQZDadosPX_Prioridade p = prioridade(c);
+            CQZDadosPX_Prioridade p = PXPrioridadeTeste(c);
             ASSERT_EQ(0, armazem.Insere(p)) << QZParaUtf8(armazem.GetErro().GetMensagem());
         }
     }
@@ -35,7 +37,7 @@ inline void PXDeixaEscritorMorto(const std::string& caminho) {
         CQZArmazemSQL armazem(caminho);
         const long hr = armazem.EmTransacao("Carga", [&]() -> long {
             for (long i = 0;; ++i) {
-                CQZDadosPX_Prioridade p = prioridade("NOVA");
+                CQZDadosPX_Prioridade p = PXPrioridadeTeste("NOVA");
                 if (armazem.Insere(p) != 0) return 1;
                 if (i == 2000 && write(canal[1], "x", 1) != 1) _exit(3);
             }
