@@ -70,23 +70,13 @@ struct QZOpcoes {
 // QZ_REF(CQZDadosGT_Filial): the field holds the position of a branch (0:
 // none). The type is named by text so a declaration may name a type
 // declared after it, its own included.
-template <size_t N>
 struct QZReferencia {
     const char* alvo;
 };
-#define QZ_REF(Registro) (QZReferencia<sizeof(#Registro)>{#Registro})
-template <size_t N>
-constexpr QZOpcoes operator|(QZOpcaoCampo o, QZReferencia<N> r) {
-    return {static_cast<unsigned>(o), r.alvo};
-}
-template <size_t N>
-constexpr QZOpcoes operator|(QZReferencia<N> r, QZOpcaoCampo o) {
-    return o | r;
-}
-template <size_t N>
-constexpr QZOpcoes QZOpcoesDe(QZReferencia<N> r) {
-    return {0, r.alvo};
-}
+#define QZ_REF(Registro) (QZReferencia{#Registro})
+constexpr QZOpcoes operator|(QZOpcaoCampo o, QZReferencia r) { return {static_cast<unsigned>(o), r.alvo}; }
+constexpr QZOpcoes operator|(QZReferencia r, QZOpcaoCampo o) { return o | r; }
+constexpr QZOpcoes QZOpcoesDe(QZReferencia r) { return {0, r.alvo}; }
 constexpr QZOpcoes QZOpcoesDe(QZOpcoes o) { return o; }
 constexpr QZOpcoes QZOpcoesDe(unsigned o) { return {o}; }
 
