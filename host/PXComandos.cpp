@@ -537,13 +537,15 @@ int Save(const Opcoes& o, std::istream& entrada, Saida& s) {
                  0, tipo.CampoChave());
         if (hr != 0) Erro(TextoServico(sessao.Armazem().GetErro()));
     }
-    PXConfereReferencias(sessao.Armazem(), tipo, *reg);
     const EPXAcaoRegistro acao = tipo.ChaveInformada(*reg) ? EPXAcaoRegistro::ALTERAR : EPXAcaoRegistro::INCLUIR;
     if (RecusaSemPermissao(sessao, o, tipo, acao, s)) return kSaidaRecusado;
 
     CPXServicoRegistros servico(sessao.Host());
     CPXResultadoRegistro resultado;
-    if (servico.Salva(tipo, *reg, o.simulacao, resultado) != 0) ErroServico(servico);
+    // The pointers are checked in the save's transaction: a record they
+    // name cannot be deleted between the check and the write.
+    const auto referencias = [&](CQZArmazemSQL& a) { PXConfereReferencias(a, tipo, *reg); };
+    if (servico.Salva(tipo, *reg, o.simulacao, resultado, referencias) != 0) ErroServico(servico);
     s.Inconsistencias(resultado.inconsistencias);
     s.Objeto()["type"] = tipo.Nome();
     s.Objeto()["allowed"] = resultado.permitido;

@@ -43,9 +43,11 @@ long CPXServicoRegistros::PreparaTratador(const IPXTipoRegistro& tipo, const TQZ
 }
 
 long CPXServicoRegistros::Salva(const IPXTipoRegistro& tipo, TQZBaseParaDados& registro, bool simulacao,
-                                CPXResultadoRegistro& resultado) {
+                                CPXResultadoRegistro& resultado,
+                                const std::function<void(CQZArmazemSQL&)>& confere) {
     m_erro.LimpaErro();
     resultado = CPXResultadoRegistro();
+    std::exception_ptr falhaConferencia;
     try {
         std::unique_ptr<CPXTrataDados> tratador;
         CQZArmazemSQL* armazem = nullptr;
@@ -55,6 +57,14 @@ long CPXServicoRegistros::Salva(const IPXTipoRegistro& tipo, TQZBaseParaDados& r
         bool conflito = false;
         CPXLinhaRecusada recusa;
         const long hr = armazem->EmTransacao("Salva", [&]() -> long {
+            if (confere) {
+                try {
+                    confere(*armazem);
+                } catch (...) {
+                    falhaConferencia = std::current_exception();
+                    return QZ_E_INESPERADO;  // rolls the transaction back
+                }
+            }
             if (tipo.TemLinhas()) {
                 // The lines are checked against the stored record as the rules
                 // will see it: read in the same transaction.
@@ -77,6 +87,7 @@ long CPXServicoRegistros::Salva(const IPXTipoRegistro& tipo, TQZBaseParaDados& r
             conflito = r == QZ_E_REGISTRO_ALTERADO;
             return r;
         });
+        if (falhaConferencia) std::rethrow_exception(falhaConferencia);
         if (conflito) {
             // The stored stamp moved after the rules read it: somebody else
             // saved the record in between.
@@ -98,6 +109,7 @@ long CPXServicoRegistros::Salva(const IPXTipoRegistro& tipo, TQZBaseParaDados& r
         }
         return 0;
     } catch (const std::exception& e) {
+        if (falhaConferencia) throw;
         m_erro.SetErro(QZ_E_INESPERADO, QZ_MODULO_PX, 0, "Falha inesperada ao gravar: %s", e.what());
         return QZ_E_INESPERADO;
     }

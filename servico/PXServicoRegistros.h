@@ -6,6 +6,7 @@
 // message 3, as a stale record is.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -40,9 +41,13 @@ public:
     // success `registro` is the record as saved (trimmed, completed, with its
     // key and stamp). Returns 0 when the rules answered (the verdict is in
     // `resultado`), or the failure (no handler, the store) with its reason
-    // in GetErro().
+    // in GetErro(). `confere`, when given, checks the record before the
+    // rules, inside the same write transaction: what it reads cannot change
+    // before the write commits. What it throws reaches the caller as thrown,
+    // after the transaction is rolled back.
     [[nodiscard]] long Salva(const IPXTipoRegistro& tipo, TQZBaseParaDados& registro, bool simulacao,
-                             CPXResultadoRegistro& resultado);
+                             CPXResultadoRegistro& resultado,
+                             const std::function<void(CQZArmazemSQL&)>& confere = {});
     // Reads the record at `chave` into `registro` and deletes it as its type
     // says (EPXExclusao): a register after its integrity check, a record
     // with delete rules when they allow it. A type deleted by cancelling is

@@ -99,6 +99,35 @@ TEST_F(PXServicoRegistrosTest, ASaveIsTheRulesAndTheWriteAndARefusalWritesNothin
     EXPECT_EQ(QZ_E_SEM_REGRAS, servico.Salva(filiais, f, false, r));
 }
 
+// A check given to the save reads in the save's own write transaction: no
+// other writer gets in between. What it throws reaches the caller as thrown,
+// and nothing is written.
+TEST_F(PXServicoRegistrosTest, ASavesCheckRunsInItsWriteTransaction) {
+    CQZArmazemSQL outro(m_caminho, QZ_ABRE_EXISTENTE, 0);
+    ASSERT_TRUE(outro.EstaAberto()) << Texto(outro.GetErro());
+    CPXServicoRegistros servico(sessao);
+    CPXResultadoRegistro r;
+    CQZDadosPX_Prioridade p;
+    p.SetCodigo("P1").SetDescricao("Primeira");
+    long escritaDeFora = 0;
+    ASSERT_EQ(0, servico.Salva(prioridades, p, false, r, [&](CQZArmazemSQL&) {
+        CQZDadosPX_Prioridade intrusa;
+        intrusa.SetCodigo("P9").SetDescricao("De fora");
+        escritaDeFora = outro.Insere(intrusa);
+    })) << Texto(servico.GetErro());
+    EXPECT_TRUE(r.gravado);
+    EXPECT_EQ(escritaDeFora, QZ_E_BANCO_OCUPADO);
+
+    struct Recusada {};
+    CQZDadosPX_Prioridade q;
+    q.SetCodigo("P2").SetDescricao("Segunda");
+    EXPECT_THROW((void)servico.Salva(prioridades, q, false, r, [](CQZArmazemSQL&) { throw Recusada{}; }), Recusada);
+    EXPECT_FALSE(r.gravado);
+    std::vector<int64_t> chaves;
+    ASSERT_EQ(0, m_armazem->ListaChaves<CQZDadosPX_Prioridade>(chaves));
+    EXPECT_EQ(chaves.size(), 1u);
+}
+
 TEST_F(PXServicoRegistrosTest, PositionsAtOrAbove2To31AreSavedCheckedAndDeleted) {
     CQZDadosPX_Disciplina d;
     d.SetCodigo("ALTA").SetNome("Disciplina alta").SetTipoClassificacao(1).SetPosicao(3000000000u);
