@@ -15,12 +15,12 @@ bool Continuacao(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80
 // without a form there (or a byte that is not UTF-8) becomes one '?'.
 std::string Cp(std::string_view utf8) {
     std::string cp1252, um;
-    if (QZUtf8ParaCp1252(std::string(utf8), cp1252)) return cp1252;
+    if (QZUtf8ParaCp1252(utf8, cp1252)) return cp1252;
     cp1252.clear();
     for (size_t i = 0; i < utf8.size();) {
         size_t fim = i + 1;
         while (fim < utf8.size() && Continuacao(utf8[fim])) ++fim;
-        cp1252 += QZUtf8ParaCp1252(std::string(utf8.substr(i, fim - i)), um) ? um : "?";
+        cp1252 += QZUtf8ParaCp1252(utf8.substr(i, fim - i), um) ? um : "?";
         i = fim;
     }
     return cp1252;

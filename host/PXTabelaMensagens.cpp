@@ -57,7 +57,7 @@ bool CPXTabelaMensagens::Carrega(std::string_view textoUtf8, std::string* erro) 
         if (!LeInteiro(l.substr(0, t1), modulo) || !LeInteiro(l.substr(t1 + 1, t2 - t1 - 1), numero) || numero <= 0)
             return falha("módulo ou número inválido");
         std::string cp1252, motivo;
-        if (!QZUtf8ParaCp1252(std::string(l.substr(t2 + 1)), cp1252, &motivo)) return falha(motivo);
+        if (!QZUtf8ParaCp1252(l.substr(t2 + 1), cp1252, &motivo)) return falha(motivo);
         if (cp1252.empty()) return falha("texto vazio");
         if (!PercorreTexto(cp1252, [](int) {}, [](char) {})) return falha("'%' sem número de parâmetro (use %% para o sinal)");
         if (!textos.emplace(std::pair<int, long>(static_cast<int>(modulo), numero), CString(cp1252)).second)

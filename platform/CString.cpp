@@ -222,7 +222,7 @@ bool QZCp1252ParaUtf8(const std::string& in, std::string& out, std::string* erro
     return true;
 }
 
-bool QZUtf8ParaCp1252(const std::string& in, std::string& out, std::string* erro) {
+bool QZUtf8ParaCp1252(std::string_view in, std::string& out, std::string* erro) {
     out.clear();
     out.reserve(in.size());
     size_t i = 0;

@@ -23,6 +23,7 @@ public:
     const char* GetString() const { return m_s.c_str(); }
     operator const char*() const { return m_s.c_str(); }
     const std::string& str() const { return m_s; }
+    std::string& str() { return m_s; }
     char GetAt(int i) const { return m_s.at(static_cast<size_t>(i)); }
     void SetAt(int i, char ch) { m_s.at(static_cast<size_t>(i)) = ch; }
     char operator[](int i) const { return GetAt(i); }
@@ -102,6 +103,7 @@ private:
 // *erro) on the five unassigned Windows-1252 bytes and on characters that have
 // no Windows-1252 form, instead of inventing a replacement.
 bool QZCp1252ParaUtf8(const std::string& cp1252, std::string& utf8, std::string* erro = nullptr);
-bool QZUtf8ParaCp1252(const std::string& utf8, std::string& cp1252, std::string* erro = nullptr);
+// Writes into cp1252's own buffer, so a reused string does not allocate.
+bool QZUtf8ParaCp1252(std::string_view utf8, std::string& cp1252, std::string* erro = nullptr);
 // For logs and terminals: never fails, unmappable bytes become U+FFFD.
 std::string QZParaUtf8(const CString& s);

@@ -6,18 +6,6 @@ namespace {
 std::atomic<const IQZTabelaMensagens*> g_tabela{nullptr};
 }
 
-CQZDadosGT_Erro& CQZDadosGT_Erro::LimpaErro() {
-    m_eTipo = TIPO_ERRO_NENHUM;
-    m_eModulo = QZ_MODULO_NENHUM;
-    m_lMensagem = 0;
-    m_lCampo = 0;
-    m_llItem = 0;
-    m_aParametros.RemoveAll();
-    m_sTexto.Empty();
-    m_lHR = 0;
-    return *this;
-}
-
 CQZDadosGT_Erro& CQZDadosGT_Erro::SetAviso(QZModulo modulo, long mensagem, long campo) {
     LimpaErro();
     m_eTipo = TIPO_ERRO_AVISO;

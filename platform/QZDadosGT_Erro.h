@@ -29,7 +29,18 @@ public:
 
     virtual void OnErroRPC() {}
 
-    CQZDadosGT_Erro& LimpaErro();
+    // Inline: every service call and every check starts by clearing.
+    CQZDadosGT_Erro& LimpaErro() {
+        m_eTipo = TIPO_ERRO_NENHUM;
+        m_eModulo = QZ_MODULO_NENHUM;
+        m_lMensagem = 0;
+        m_lCampo = 0;
+        m_llItem = 0;
+        m_aParametros.RemoveAll();
+        m_sTexto.Empty();
+        m_lHR = 0;
+        return *this;
+    }
     CQZDadosGT_Erro& SetAviso(QZModulo modulo, long mensagem, long campo);
     // A message of the table that takes no parameter (checked when built).
     CQZDadosGT_Erro& SetAviso(CQZMensagem<0> mensagem, long campo) {

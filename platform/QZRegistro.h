@@ -147,7 +147,9 @@ bool QZEstaGravado(const R& reg) {
 // The third form is text already in the store's encoding (search bounds).
 using CQZValor = std::variant<int64_t, CString, std::string>;
 
-// How each field type is stored: its columns and their values.
+// How each field type is stored: its columns and their values. A type
+// stored in integer columns also reads them straight from the row, without
+// a CQZValor: DeColuna for one column, DeColunas for several.
 template <class T, class = void>
 struct QZCodec;
 
@@ -156,7 +158,8 @@ struct QZCodec<T, std::enable_if_t<std::is_integral_v<T>>> {
     static constexpr int N = 1;
     static constexpr std::array<const char*, 1> kSufixos{""};
     static void Para(const T& v, CQZValor* o) { o[0] = static_cast<int64_t>(v); }
-    static void De(T& v, const CQZValor* i) { v = static_cast<T>(std::get<int64_t>(i[0])); }
+    static void DeColuna(T& v, int64_t i) { v = static_cast<T>(i); }
+    static void De(T& v, const CQZValor* i) { DeColuna(v, std::get<int64_t>(i[0])); }
 };
 template <>
 struct QZCodec<CString> {
@@ -170,35 +173,40 @@ struct QZCodec<CQZMoeda> {
     static constexpr int N = 1;
     static constexpr std::array<const char*, 1> kSufixos{""};
     static void Para(const CQZMoeda& v, CQZValor* o) { o[0] = v.GetBruto(); }
-    static void De(CQZMoeda& v, const CQZValor* i) { v = CQZMoeda::DeBruto(std::get<int64_t>(i[0])); }
+    static void DeColuna(CQZMoeda& v, int64_t i) { v = CQZMoeda::DeBruto(i); }
+    static void De(CQZMoeda& v, const CQZValor* i) { DeColuna(v, std::get<int64_t>(i[0])); }
 };
 template <>
 struct QZCodec<REG_QZDMA> {
     static constexpr int N = 1;
     static constexpr std::array<const char*, 1> kSufixos{""};
     static void Para(const REG_QZDMA& v, CQZValor* o) { o[0] = static_cast<int64_t>(v.ulValor); }
-    static void De(REG_QZDMA& v, const CQZValor* i) { v.ulValor = static_cast<uint32_t>(std::get<int64_t>(i[0])); }
+    static void DeColuna(REG_QZDMA& v, int64_t i) { v.ulValor = static_cast<uint32_t>(i); }
+    static void De(REG_QZDMA& v, const CQZValor* i) { DeColuna(v, std::get<int64_t>(i[0])); }
 };
 template <>
 struct QZCodec<REG_QZMA> {
     static constexpr int N = 1;
     static constexpr std::array<const char*, 1> kSufixos{""};
     static void Para(const REG_QZMA& v, CQZValor* o) { o[0] = static_cast<int64_t>(v.GetValor()); }
-    static void De(REG_QZMA& v, const CQZValor* i) { v = REG_QZMA::DeValor(static_cast<uint32_t>(std::get<int64_t>(i[0]))); }
+    static void DeColuna(REG_QZMA& v, int64_t i) { v = REG_QZMA::DeValor(static_cast<uint32_t>(i)); }
+    static void De(REG_QZMA& v, const CQZValor* i) { DeColuna(v, std::get<int64_t>(i[0])); }
 };
 template <>
 struct QZCodec<REG_QZDMAHMSUTC> {
     static constexpr int N = 1;
     static constexpr std::array<const char*, 1> kSufixos{""};
     static void Para(const REG_QZDMAHMSUTC& v, CQZValor* o) { o[0] = static_cast<int64_t>(v.ullValor); }
-    static void De(REG_QZDMAHMSUTC& v, const CQZValor* i) { v.ullValor = static_cast<uint64_t>(std::get<int64_t>(i[0])); }
+    static void DeColuna(REG_QZDMAHMSUTC& v, int64_t i) { v.ullValor = static_cast<uint64_t>(i); }
+    static void De(REG_QZDMAHMSUTC& v, const CQZValor* i) { DeColuna(v, std::get<int64_t>(i[0])); }
 };
 template <>
 struct QZCodec<REG_QZDMC> {
     static constexpr int N = 1;
     static constexpr std::array<const char*, 1> kSufixos{""};
     static void Para(const REG_QZDMC& v, CQZValor* o) { o[0] = static_cast<int64_t>(v.GetValor()); }
-    static void De(REG_QZDMC& v, const CQZValor* i) { v = REG_QZDMC::DeValor(static_cast<uint64_t>(std::get<int64_t>(i[0]))); }
+    static void DeColuna(REG_QZDMC& v, int64_t i) { v = REG_QZDMC::DeValor(static_cast<uint64_t>(i)); }
+    static void De(REG_QZDMC& v, const CQZValor* i) { DeColuna(v, std::get<int64_t>(i[0])); }
 };
 template <>
 struct QZCodec<_REG_POSICAO_PRODUTOPS> {

@@ -401,9 +401,10 @@ CQZDadosGT_Erro& CPXTrataDadosManutencao::ConsistirInfoPersonalizadaTarefa(CQZDa
         CQZDadosPX_Manutencao& dados = *pDados;
         if (dados.GetSituacao() != SITUACAO_CONCLUIDA) return *this;
 
+        // One task record for the whole loop: each read reuses its storage.
+        CQZDadosPX_Tarefa tarefa;
         for (int64_t i = 0; i < dados.GetQuantidadeTarefa(); ++i) {
             CQZDadosPX_ManutencaoTarefa& linha = dados.GetRefTarefa(i);
-            CQZDadosPX_Tarefa tarefa;
             long hr;
             if (QZ_CHAMA_RASTREADO(hr, kRastroLeBufferTarefa,
                                    GetAcessoManutencao()->LeBufferTarefa(linha.GetPonteiroTarefa(), &tarefa, 0)))

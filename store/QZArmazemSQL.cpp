@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstring>
 #include <ctime>
 #include <mutex>
 
@@ -441,10 +442,18 @@ void CQZArmazemSQL::ReconciliaTabela(const qzsql::Tabela& t) {
 }
 
 namespace {
+// Eight bytes at a time: most stored text is ASCII and is checked on every read.
 bool EhAscii(std::string_view s) {
-    for (unsigned char c : s)
-        if (c >= 0x80) return false;
-    return true;
+    const char* p = s.data();
+    size_t n = s.size();
+    uint64_t alto = 0;
+    for (; n >= 8; p += 8, n -= 8) {
+        uint64_t bloco;
+        std::memcpy(&bloco, p, 8);
+        alto |= bloco;
+    }
+    for (; n > 0; ++p, --n) alto |= static_cast<unsigned char>(*p);
+    return (alto & 0x8080808080808080ull) == 0;
 }
 }  // namespace
 
@@ -484,15 +493,16 @@ int64_t CQZArmazemSQL::RemoveLinha(const qzsql::Tabela& t, int64_t chave, std::o
 }
 
 void CQZArmazemSQL::LeTexto(const qzsql::CQZComando& c, int indice, CString& texto) {
+    // Into the field's own buffer: a record read again reuses its strings.
     const std::string_view utf8 = c.Texto(indice);
+    std::string& destino = texto.str();
     if (EhAscii(utf8)) {
-        texto = CString(utf8);
+        destino.assign(utf8);
         return;
     }
-    std::string cp1252, erro;
-    if (!QZUtf8ParaCp1252(std::string(utf8), cp1252, &erro))
+    std::string erro;
+    if (!QZUtf8ParaCp1252(utf8, destino, &erro))
         throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Texto gravado sem forma em Windows-1252: " + erro};
-    texto = CString(std::move(cp1252));
 }
 
 void CQZArmazemSQL::AoIniciar() {

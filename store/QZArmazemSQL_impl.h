@@ -37,6 +37,10 @@ struct CQZArmazemSQL::VisitanteLeColunas {
         if (opcoes & QZ_CHAVE) return;
         if constexpr (std::is_same_v<T, CString>) {
             a.LeTexto(c, coluna++, v);
+        } else if constexpr (requires { QZCodec<T>::DeColuna(v, int64_t{}); }) {
+            QZCodec<T>::DeColuna(v, c.Inteiro(coluna++));
+        } else if constexpr (requires { QZCodec<T>::DeColunas(v, [] { return int64_t{}; }); }) {
+            QZCodec<T>::DeColunas(v, [this] { return c.Inteiro(coluna++); });
         } else {
             CQZValor partes[QZCodec<T>::N];
             for (auto& p : partes) p = c.Inteiro(coluna++);

@@ -46,8 +46,7 @@ IQZComandoMotor* CQZBanco::Prepara(std::string_view sql) {
     return p;
 }
 
-IQZComandoMotor* CQZBanco::Prepara(uint32_t slot, std::string_view sql) {
-    if (slot < m_porSlot.size() && m_porSlot[slot]) return m_porSlot[slot].get();
+IQZComandoMotor* CQZBanco::PreparaNoSlot(uint32_t slot, std::string_view sql) {
     auto st = m_motor->Prepara(sql);
     if (slot >= m_porSlot.size()) m_porSlot.resize(slot + 1);
     m_porSlot[slot] = std::move(st);
@@ -121,6 +120,10 @@ void CQZBanco::Desfaz() noexcept {
     m_nivel = 0;
     m_motor->Desfaz();
     if (m_pObservador) m_pObservador->AoDesfazer();
+}
+
+void CQZComando::Anota(int indice, bool texto, int64_t inteiro, std::string_view utf8) {
+    m_pValores->push_back({indice, texto, inteiro, std::string(utf8)});
 }
 
 }  // namespace qzsql

@@ -184,7 +184,11 @@ public:
     IQZComandoMotor* Prepara(std::string_view sql);
     // The same, kept in its slot (NovoSlot); `sql` is always the same text
     // for a slot.
-    IQZComandoMotor* Prepara(uint32_t slot, std::string_view sql);
+    IQZComandoMotor* Prepara(uint32_t slot, std::string_view sql) {
+        if (slot < m_porSlot.size() && m_porSlot[slot]) [[likely]]
+            return m_porSlot[slot].get();
+        return PreparaNoSlot(slot, sql);
+    }
     // Drops every kept statement (after the planner's statistics change).
     void DescartaComandos();
     void Executa(const char* sql) { m_motor->Executa(sql); }
@@ -208,6 +212,7 @@ private:
     void Inicia(EModoTransacao modo);
     void Confirma();
     void Desfaz() noexcept;
+    IQZComandoMotor* PreparaNoSlot(uint32_t slot, std::string_view sql);
 
     std::string m_nome;
     std::unique_ptr<IQZMotor> m_motor;
@@ -271,9 +276,12 @@ private:
     void Vigia() {
         if (m_banco.ObservadorComandos()) m_pValores = std::make_unique<std::vector<IObservadorComandos::Valor>>();
     }
+    // The check stays inline on every bind; the copy only while watched.
     void Observa(int indice, bool texto, int64_t inteiro, std::string_view utf8) {
-        if (m_pValores) m_pValores->push_back({indice, texto, inteiro, std::string(utf8)});
+        if (m_pValores) [[unlikely]]
+            Anota(indice, texto, inteiro, utf8);
     }
+    void Anota(int indice, bool texto, int64_t inteiro, std::string_view utf8);
 
     CQZBanco& m_banco;
     IQZComandoMotor* m_st;

@@ -50,12 +50,14 @@ struct QZCodec<CQZDadosGT_Produto> {
         template <class E>
         void Lista(const char*, const std::vector<E>&) {}
     };
+    // Reads each field from proximo(), the next column's integer.
+    template <class F>
     struct Le {
-        const CQZValor* i;
+        F& proximo;
         template <class T>
         void Campo(const char*, T& v, unsigned) {
             VerificaParte<T>();
-            QZCodec<T>::De(v, i++);
+            v = static_cast<T>(proximo());
         }
         template <class E>
         void Lista(const char*, std::vector<E>&) {}
@@ -64,9 +66,13 @@ struct QZCodec<CQZDadosGT_Produto> {
         Escreve e{o};
         v.VisitaCampos(e);
     }
-    static void De(CQZDadosGT_Produto& v, const CQZValor* i) {
-        Le l{i};
+    template <class F>
+    static void DeColunas(CQZDadosGT_Produto& v, F&& proximo) {
+        Le<F> l{proximo};
         v.VisitaCampos(l);
+    }
+    static void De(CQZDadosGT_Produto& v, const CQZValor* i) {
+        DeColunas(v, [&i] { return std::get<int64_t>(*i++); });
     }
 };
 
