@@ -273,42 +273,6 @@ TEST_F(PXComandosArmazemTest, ImportReadsLineByLineAcrossBlocksAndCountsLines) {
     EXPECT_EQ(LinhasExportadas(copia), 0u);
 }
 
-TEST_F(PXComandosArmazemTest, ImportReportsTheFirstBadLineWhereverItFails) {
-    ASSERT_EQ(Roda({"init", m_arquivo}).codigo, 0);
-    auto linha = [](int posicao) {
-        return R"({"type": "CQZDadosPX_Prioridade", "Posicao": )" + std::to_string(posicao) + R"(, "Codigo": "C)" +
-               std::to_string(posicao) + "\"}\n";
-    };
-    std::string muitas, duasMil;
-    for (int i = 1; i <= 3000; ++i) {
-        muitas += linha(i);
-        if (i == 2000) duasMil = muitas;
-    }
-    struct Caso {
-        std::string texto;
-        long linha;
-        std::string campo;
-    } casos[] = {
-        // Bad text far past the first records written.
-        {muitas + "{\"type\": \"CQZDadosPX_Prioridade\", \"Codigo\": 7}\n", 3001, "Codigo"},
-        // A key taken early (found by the write) and bad text later (found by
-        // the reading): the earlier line is the one reported.
-        {linha(1) + linha(1) + muitas.substr(linha(1).size()) + "[]\n", 2, ""},
-        {duasMil + linha(5) + "{", 2001, ""},
-    };
-    for (const auto& c : casos) {
-        auto r = Roda({"--json", "import", m_arquivo, "-"}, c.texto);
-        EXPECT_EQ(r.codigo, 2);
-        EXPECT_EQ(r.json()["error"]["line"], c.linha) << r.saida;
-        EXPECT_EQ(r.json()["error"].value("field", ""), c.campo) << r.saida;
-        EXPECT_EQ(LinhasExportadas(m_arquivo), 0u);
-    }
-    auto r = Roda({"--json", "import", m_arquivo, "-"}, muitas);
-    EXPECT_EQ(r.codigo, 0) << r.saida;
-    EXPECT_EQ(r.json()["records"], 3000);
-    EXPECT_EQ(LinhasExportadas(m_arquivo), 3000u);
-}
-
 TEST_F(PXComandosArmazemTest, SavesAndDeletesNeedThePermissionOfTheirScreen) {
     CriaDemo();
     const std::string antes = Roda({"export", m_arquivo}).saida;
