@@ -9,7 +9,6 @@
 #include <atomic>
 #include <iterator>
 #include <map>
-#include <set>
 #include <fstream>
 #include <sstream>
 #include <thread>
@@ -172,24 +171,6 @@ TEST_F(PXComandosArmazemTest, OutputThatCannotBeWrittenFailsTheCommand) {
     EXPECT_EQ(r.codigo, 2);
     EXPECT_EQ(limitada.texto.size(), 5000u);
     EXPECT_NE(r.erros.find(kErroSaida), std::string::npos) << r.erros;
-}
-
-TEST_F(PXComandosArmazemTest, ANewRecordTakesAFreePositionWhenTheHighestIsTaken) {
-    ASSERT_EQ(Roda({"init", m_arquivo}).codigo, 0);
-    // A supervisor to save as, and the highest position taken.
-    auto r = Roda({"import", m_arquivo, "-"},
-                  "{\"type\": \"CQZDadosGT_Usuario\", \"Posicao\": 1, \"Login\": \"admin\"}\n"
-                  "{\"type\": \"CQZDadosGT_UsuarioPermissao\", \"Posicao\": 65564, \"UsuarioSupervisor\": 1}\n"
-                  R"({"type": "CQZDadosPX_Prioridade", "Posicao": 4294967295, "Codigo": "ULT", "Descricao": "u"})");
-    ASSERT_EQ(r.codigo, 0) << r.erros;
-    std::set<int64_t> posicoes{4294967295};
-    for (const char* codigo : {"A", "B", "C"}) {
-        r = Roda({"--json", "save", m_arquivo, "Prioridade", "-"},
-                 std::string(R"({"Descricao": "d", "Codigo": ")") + codigo + "\"}");
-        ASSERT_EQ(r.codigo, 0) << r.saida << r.erros;
-        EXPECT_TRUE(posicoes.insert(r.json()["record"]["Posicao"].get<int64_t>()).second) << r.saida;
-    }
-    EXPECT_EQ(LinhasExportadas(m_arquivo), 6u);
 }
 
 TEST_F(PXComandosArmazemTest, AStoreOfANewerSchemaIsRefusedAndLeftAlone) {
