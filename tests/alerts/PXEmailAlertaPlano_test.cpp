@@ -3,7 +3,6 @@
 // e-mails to the enterprise service.
 #include "platform/QZCaixaMensagem.h"
 #include "tests/alerts/PXAlertaTeste.h"
-#include "tests/support/PXServidorSmtp.h"
 
 namespace {
 
@@ -211,29 +210,6 @@ TEST_F(PXEmailAlertaPlanoTest, AFailedSendingIsLoggedAndThrownAndAPositiveStatus
     EXPECT_FALSE(PXCaptura([&] { hr = rotina.EnviaEmail("a@b.com", corpo, "Alerta de Manutenção - X"); }).lancou);
     EXPECT_EQ(1, hr);
     EXPECT_EQ(1u, LinhasLog().size());
-}
-
-TEST_F(PXEmailAlertaPlanoTest, AServerThatRefusesMakesTheRoutineAbort) {
-    fabrica->DefineTransporteEmail(nullptr);
-    for (const char* recusa : {"451 4.3.0 Tente mais tarde", "554 5.7.1 Recusado"}) {
-        SCOPED_TRACE(recusa);
-        std::remove(m_log.c_str());
-        PXServidorSmtp servidor({recusa[0] == '4' ? "--recusa-data" : "--recusa-rcpt", recusa});
-        ASSERT_NE(0, servidor.Porta()) << "the local SMTP server (python3-aiosmtpd) did not start";
-        CQZDadosGT_ContaEmail conta;
-        ASSERT_EQ(0, armazem.LeContaEmail(&conta));
-        conta.SetUrl(CString(servidor.Url())).SetEnderecoRemetente("alertas@empresa.com.br").SetTempoLimiteSegundos(20);
-        ASSERT_EQ(0, armazem.Grava(conta)) << QZParaUtf8(armazem.GetErro().GetMensagem());
-        CPXEmailAlertaPlano rotina;
-        Inicializa(rotina);
-        CString corpo("<p>corpo</p>");
-        const PXLancada l = PXCaptura([&] { rotina.EnviaEmail("tecnico@empresa.com.br", corpo, "Alerta de Manutenção - X"); });
-        ASSERT_TRUE(l.lancou);
-        EXPECT_EQ(static_cast<long>(static_cast<int32_t>(0x80040A64u)), l.codigo);
-        EXPECT_EQ(1111, l.id);
-        EXPECT_EQ(1u, LinhasLog().size());
-        EXPECT_TRUE(servidor.Encerra().empty());
-    }
 }
 
 TEST_F(PXEmailAlertaPlanoTest, WithoutAnAccountSendingIsAFailure) {

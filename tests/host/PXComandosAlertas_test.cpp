@@ -10,7 +10,6 @@
 #include <fstream>
 #include <mutex>
 #include <nlohmann/json.hpp>
-#include <set>
 #include <sstream>
 #include <thread>
 
@@ -44,21 +43,14 @@ TEST_F(PXComandosAlertasTest, TheDemoPlantIsPreviewedRunOnceAndThenHasNothingLef
     const std::string corpos = m_base + ".corpos";
     auto r = Roda({"--json", "alerts", "preview", Armazem(), "--out", corpos});
     ASSERT_EQ(0, r.codigo) << r.erros << r.saida;
+    // Which alerts are due is the demo suite's (PXDemo_test); here, what a
+    // run of them sends and logs.
     const auto previa = r.json();
-    std::set<std::string> alertas;
     size_t mensagens = 0;
     for (const auto& a : previa["alerts"]) {
-        alertas.insert(a["plan"].get<std::string>() + "/" + a["alert_plan"].get<std::string>() + "#" +
-                       std::to_string(a["alert"].get<int>()));
-        EXPECT_FALSE(a["due"].empty()) << a.dump();
         for (const auto& d : a["due"]) EXPECT_FALSE(d["reason"].get<std::string>().empty());
         mensagens += a["messages"].size();
     }
-    // Before by days and by counter, after by days and by counter, and the
-    // press's lubrication plan inheriting the press plan's alerts.
-    const std::set<std::string> esperados{"PREV-INJ/PREV-INJ#1", "PREV-CMP/PREV-CMP#1", "PREV-PRE/PREV-PRE#1",
-                                          "PREV-PRE/PREV-PRE#2", "PREV-PRE-LUB/PREV-PRE#1", "PREV-PRE-LUB/PREV-PRE#2"};
-    EXPECT_EQ(esperados, alertas);
     // The mechanics' group and Ana named again: João once, Ana once (her
     // empty address skipped), per alert that names them.
     EXPECT_EQ(9u, mensagens);

@@ -46,7 +46,7 @@ std::string U8(const char8_t* s) { return reinterpret_cast<const char*>(s); }
 
 CQZTeste_Tudo Exemplo() {
     CQZTeste_Tudo r;
-    r.SetPosicao(42);
+    r.SetPosicao(4294967295u);  // the highest position a record may take
     r.SetCodigo("Ação").SetFlag(255).SetSaldo(-32768).SetPonteiro(4294967295u).SetGrande(-5).SetAtivo(true);
     r.SetValor(CQZMoeda::DeBruto(-125000)).SetData(REG_QZDMA(29, 2, 2024)).SetMes(REG_QZMA(3, 2026));
     r.SetDmaHmsGravacao(REG_QZDMAHMSUTC(REG_QZDMA(10, 3, 2026), 9, 5, 7, -12));
@@ -73,14 +73,14 @@ std::pair<std::string, std::string> Erro(const std::string& texto) {
 TEST(PXJsonTest, EveryFieldKindHasItsDocumentedForm) {
     Json j = PXRegistroParaJson(Exemplo());
     EXPECT_EQ(j.dump(),
-              U8(u8R"({"type":"CQZTeste_Tudo","Posicao":42,"Codigo":"Ação","Flag":255,"Saldo":-32768,)"
+              U8(u8R"({"type":"CQZTeste_Tudo","Posicao":4294967295,"Codigo":"Ação","Flag":255,"Saldo":-32768,)"
               u8R"("Ponteiro":4294967295,"Grande":-5,"Ativo":true,"Valor":"-12.5000","Data":"2024-02-29",)"
               u8R"("Mes":"2026-03","DmaHmsGravacao":"2026-03-10T09:05:07-03:00",)"
               u8R"("Item":[{"Produto":{"Produto":70000,"Grade1":2,"Grade2":0,"Grade3":1},"Quantidade":"0.0001"}]})"));
     CQZTeste_Tudo lido;
     PXRegistroDeJson(Json::parse(j.dump()), lido);
     EXPECT_TRUE(lido.OnIgual(Exemplo()));
-    EXPECT_EQ(lido.GetPosicao(), 42u);
+    EXPECT_EQ(lido.GetPosicao(), 4294967295u);
 
     CQZTeste_Mov m;
     m.SetDmc(REG_QZDMC(REG_QZMA(11, 2026), 42)).SetTexto("x");

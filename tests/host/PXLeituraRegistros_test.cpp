@@ -120,6 +120,7 @@ TEST(PXLeituraRegistrosTest, EveryLineEndsAsTheTreesReadingEndsIt) {
         {"{" + kP + R"(, "Codigo": "\u4e2d"})", "Codigo", "U+4E2D"},
         {"{" + kP + R"(, "DmaHmsAtualizacao": "2026-02-30T00:00:00+00:00"})", "DmaHmsAtualizacao", "valor inválido"},
         {"{" + kP + R"(, "Posicao": -1})", "Posicao", "entre 0 e 4294967295"},
+        {"{" + kP + R"(, "Posicao": 4294967295})", std::nullopt, ""},
         {"{" + kT + R"(, "Posicao": 1, "Disciplina": {"PonteiroDisciplina": 3}})", "Disciplina", "esperava uma lista"},
         {"{" + kT + R"(, "Disciplina": [{"PonteiroDisciplina": 3}, {"Outro": 1}]})", "Disciplina[1].Outro",
          "campo desconhecido"},
