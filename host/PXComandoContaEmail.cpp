@@ -20,7 +20,7 @@ struct OpcoesConta {
 };
 
 struct ErroConta {
-    std::string texto;  // UTF-8
+    std::string texto;  // Windows-1252, as the program's other texts; UTF-8 only when printed
 };
 
 CString Cp1252(const std::string& utf8, const char* campo) {
@@ -57,18 +57,18 @@ nlohmann::ordered_json ParaJson(const CQZDadosGT_ContaEmail& c, uint64_t id) {
 
 void Valida(const CQZDadosGT_ContaEmail& c) {
     if (!c.GetEnderecoRemetente().IsEmpty() && !QZEnderecoValido(c.GetEnderecoRemetente().str()))
-        throw ErroConta{"endereço de remetente inválido: " + Utf8(c.GetEnderecoRemetente())};
+        throw ErroConta{"endereço de remetente inválido: " + c.GetEnderecoRemetente().str()};
     const std::string url = c.GetUrl().str();
     if (c.GetTransporte() == E_GT_TRANSPORTE_EMAIL_SMTP && !url.empty() && url.rfind("smtp://", 0) != 0 &&
         url.rfind("smtps://", 0) != 0)
         throw ErroConta{"a URL deve começar por smtp:// ou smtps://: " + url};
     if (c.GetOrigemSenha() == E_GT_ORIGEM_SENHA_EMAIL_ARQUIVO && c.GetReferenciaSenha().str().rfind('/', 0) != 0)
-        throw ErroConta{"o arquivo da senha deve ter caminho absoluto: " + Utf8(c.GetReferenciaSenha())};
+        throw ErroConta{"o arquivo da senha deve ter caminho absoluto: " + c.GetReferenciaSenha().str()};
 }
 
 int Executa(const OpcoesConta& o, bool definir, bool json, std::ostream& saida) {
     CQZArmazemSQL armazem(o.armazem, QZ_ABRE_EXISTENTE);
-    auto falhaServico = [&] { return ErroConta{Utf8(armazem.GetErro().GetMensagem())}; };
+    auto falhaServico = [&] { return ErroConta{armazem.GetErro().GetMensagem().str()}; };
     if (!armazem.EstaAberto()) throw falhaServico();
     CQZDadosGT_ContaEmail conta;
     if (armazem.LeContaEmail(&conta) != 0) throw falhaServico();
@@ -79,7 +79,8 @@ int Executa(const OpcoesConta& o, bool definir, bool json, std::ostream& saida) 
             else if (*o.transporte == "outbox")
                 conta.SetTransporte(E_GT_TRANSPORTE_EMAIL_CAIXA_SAIDA);
             else
-                throw ErroConta{"transporte desconhecido \"" + *o.transporte + "\": use smtp ou outbox"};
+                throw ErroConta{"transporte desconhecido \"" + Cp1252(*o.transporte, "--transport").str() +
+                                "\": use smtp ou outbox"};
         }
         if (o.url) conta.SetUrl(Cp1252(*o.url, "--url"));
         if (o.porta) conta.SetPorta(static_cast<uint16_t>(*o.porta));
@@ -151,10 +152,12 @@ CPXComandoAdicional PXComandoContaEmail(CLI::App& app) {
                     return Executa(*o, set->parsed(), json, saida);
                 } catch (const ErroConta& e) {
                     if (json)
-                        saida << nlohmann::ordered_json{{"command", "email-account"}, {"error", {{"text", e.texto}}}}.dump()
+                        saida << nlohmann::ordered_json{{"command", "email-account"},
+                                                        {"error", {{"text", QZParaUtf8(CString(e.texto))}}}}
+                                     .dump()
                               << "\n";
                     else
-                        erros << "pxlreg: erro: " << e.texto << "\n";
+                        erros << "pxlreg: erro: " << QZParaUtf8(CString(e.texto)) << "\n";
                     return 2;
                 } catch (const std::exception& e) {
                     erros << "pxlreg: erro: falha inesperada: " << e.what() << "\n";

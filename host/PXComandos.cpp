@@ -189,7 +189,7 @@ public:
         // The terminal speaks UTF-8; the rules, Windows-1252.
         std::string empresa, erroEmpresa;
         if (!QZUtf8ParaCp1252(o.empresa, empresa, &erroEmpresa))
-            Erro("--company sem forma em Windows-1252: " + erroEmpresa);
+            Erro("--company: " + erroEmpresa);
         m_sessao.empresa = CString(std::move(empresa));
         m_sessao.usuario = static_cast<uint16_t>(o.usuario);
         m_sessao.sessao = static_cast<uint32_t>(getpid());

@@ -210,8 +210,8 @@ bool QZCp1252ParaUtf8(const std::string& in, std::string& out, std::string* erro
             cp = kAlto[b - 0x80];
             if (cp == 0) {
                 if (erro) {
-                    char msg[96];
-                    std::snprintf(msg, sizeof msg, "byte 0x%02X at offset %zu is not a Windows-1252 character", b, i);
+                    char msg[128];
+                    std::snprintf(msg, sizeof msg, "o byte 0x%02X, na posição %zu, não é um caractere do Windows-1252", b, i);
                     *erro = msg;
                 }
                 return false;
@@ -227,7 +227,7 @@ bool QZUtf8ParaCp1252(std::string_view in, std::string& out, std::string* erro) 
     out.reserve(in.size());
     size_t i = 0;
     auto falha = [&](const char* motivo) {
-        if (erro) *erro = std::string(motivo) + " at byte offset " + std::to_string(i);
+        if (erro) *erro = std::string(motivo) + " na posição " + std::to_string(i);
         return false;
     };
     while (i < in.size()) {
@@ -238,18 +238,18 @@ bool QZUtf8ParaCp1252(std::string_view in, std::string& out, std::string* erro) 
         else if ((b & 0xE0) == 0xC0) { cp = b & 0x1F; n = 2; }
         else if ((b & 0xF0) == 0xE0) { cp = b & 0x0F; n = 3; }
         else if ((b & 0xF8) == 0xF0) { cp = b & 0x07; n = 4; }
-        else return falha("invalid UTF-8");
-        if (i + static_cast<size_t>(n) > in.size()) return falha("truncated UTF-8");
+        else return falha("UTF-8 inválido");
+        if (i + static_cast<size_t>(n) > in.size()) return falha("UTF-8 incompleto");
         for (int k = 1; k < n; ++k) {
             auto c = static_cast<unsigned char>(in[i + static_cast<size_t>(k)]);
-            if ((c & 0xC0) != 0x80) return falha("invalid UTF-8");
+            if ((c & 0xC0) != 0x80) return falha("UTF-8 inválido");
             cp = (cp << 6) | (c & 0x3F);
         }
         int byte = ByteDe(cp);
         if (byte < 0) {
             if (erro) {
-                char msg[96];
-                std::snprintf(msg, sizeof msg, "character U+%04X at byte offset %zu has no Windows-1252 form",
+                char msg[128];
+                std::snprintf(msg, sizeof msg, "o caractere U+%04X, na posição %zu, não tem forma em Windows-1252",
                               static_cast<unsigned>(cp), i);
                 *erro = msg;
             }

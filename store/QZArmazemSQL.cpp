@@ -502,7 +502,7 @@ void CQZArmazemSQL::LeTexto(const qzsql::CQZComando& c, int indice, CString& tex
     }
     std::string erro;
     if (!QZUtf8ParaCp1252(utf8, destino, &erro))
-        throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Texto gravado sem forma em Windows-1252: " + erro};
+        throw qzsql::Falha{QZ_E_REGISTRO_INVALIDO, 6, "Texto gravado inválido: " + erro};
 }
 
 void CQZArmazemSQL::AoIniciar() {

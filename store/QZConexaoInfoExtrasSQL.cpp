@@ -107,7 +107,7 @@ void CQZConexaoInfoExtrasSQL::LigaTexto(qzsql::CQZComando& c, int indice, const 
 CString CQZConexaoInfoExtrasSQL::ColunaTexto(const qzsql::CQZComando& c, int indice) {
     std::string cp1252, erro;
     if (!QZUtf8ParaCp1252(c.Texto(indice), cp1252, &erro))
-        Invalido("Texto gravado sem forma em Windows-1252: " + erro);
+        Invalido("Texto gravado inválido: " + erro);
     return CString(std::move(cp1252));
 }
 

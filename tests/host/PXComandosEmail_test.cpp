@@ -51,17 +51,32 @@ TEST_F(PXComandosEmailTest, TheAccountIsSetPieceByPieceAndShownWithoutThePasswor
 
 TEST_F(PXComandosEmailTest, BadAccountSettingsAreRefusedAndNothingIsStored) {
     ASSERT_EQ(0, Roda({"init", Armazem()}).codigo);
-    const std::vector<std::vector<std::string>> ruins = {
-        {"--url", "http://x"},
-        {"--from", "sem arroba"},
-        {"--password-file", "relativo/senha.txt"},
-        {"--transport", "pombo"},
-        {"--password-env", "X", "--password-file", "/y"},
+    const struct {
+        std::vector<std::string> extra;
+        const char8_t* trecho;  // a part of the reason, as printed (empty: the option parser's own)
+    } ruins[] = {
+        {{"--url", "http://x"}, u8"a URL deve começar por smtp:// ou smtps://: http://x"},
+        {{"--from", "sem arroba"}, u8"endereço de remetente inválido: sem arroba"},
+        {{"--from", U8(u8"sem≠arroba")}, u8"--from: o caractere U+2260, na posição 3, não tem forma em Windows-1252"},
+        {{"--password-file", "relativo/senha.txt"}, u8"o arquivo da senha deve ter caminho absoluto: relativo/senha.txt"},
+        {{"--transport", U8(u8"pássaro")}, u8"transporte desconhecido \"pássaro\": use smtp ou outbox"},
+        {{"--password-env", "X", "--password-file", "/y"}, u8""},
     };
-    for (const auto& extra : ruins) {
+    for (const auto& c : ruins) {
+        SCOPED_TRACE(c.extra[0]);
         std::vector<std::string> args = {"email-account", "set", Armazem()};
-        args.insert(args.end(), extra.begin(), extra.end());
-        EXPECT_EQ(2, Roda(args).codigo) << extra[0];
+        args.insert(args.end(), c.extra.begin(), c.extra.end());
+        const std::string trecho = U8(c.trecho);
+        auto humano = Roda(args);
+        EXPECT_EQ(2, humano.codigo);
+        EXPECT_NE(std::string::npos, humano.erros.find(trecho)) << humano.erros;
+        if (trecho.empty()) continue;
+        // In JSON the same reason, as valid UTF-8.
+        args.insert(args.begin(), "--json");
+        auto json = Roda(args);
+        EXPECT_EQ(2, json.codigo) << json.erros;
+        ASSERT_TRUE(Json::accept(json.saida)) << json.saida;
+        EXPECT_EQ(trecho, json.json()["error"]["text"]);
     }
     auto r = Roda({"--json", "email-account", "show", Armazem()});
     EXPECT_EQ("", r.json()["account"]["url"]);
