@@ -100,8 +100,9 @@ private:
 };
 
 // Windows-1252 <-> UTF-8. Conversions fail (return false, with a message in
-// *erro, a Windows-1252 text like the program's others) on the five unassigned Windows-1252 bytes and on characters that have
-// no Windows-1252 form, instead of inventing a replacement.
+// *erro, a Windows-1252 text like the program's others) on the five
+// unassigned Windows-1252 bytes and on characters that have no Windows-1252
+// form, instead of inventing a replacement.
 bool QZCp1252ParaUtf8(const std::string& cp1252, std::string& utf8, std::string* erro = nullptr);
 // Writes into cp1252's own buffer, so a reused string does not allocate.
 bool QZUtf8ParaCp1252(std::string_view utf8, std::string& cp1252, std::string* erro = nullptr);

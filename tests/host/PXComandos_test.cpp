@@ -320,8 +320,6 @@ TEST_F(PXComandosTest, BadInputIsAnErrorNamingItsPlaceAndNeverAWrite) {
         {{"save", ausente, "Prioridade", "-"}, "{}", "", u8"não existe"},
         {{"delete", m_arquivo, "Prioridade", "99"}, "", "", u8"Não há CQZDadosPX_Prioridade na chave 99"},
         {{"delete", m_arquivo, "Prioridade", "x"}, "", "", u8"chave inválida"},
-        {{"delete", m_arquivo, "Prioridade", "1", "--company", U8(u8"Empresa ≠")}, "", "",
-         u8"--company: o caractere U+2260, na posição 8, não tem forma em Windows-1252"},
         {{"import", m_arquivo, pasta}, "", "", u8"é uma pasta"},
         {{"save", m_arquivo, "Prioridade", pasta}, "", "", u8"é uma pasta"},
         {{"import", m_arquivo, pasta + "/nao-existe.jsonl"}, "", "", u8"não foi possível ler"},
