@@ -151,13 +151,12 @@ CPXComandoAdicional PXComandoContaEmail(CLI::App& app) {
                 try {
                     return Executa(*o, set->parsed(), json, saida);
                 } catch (const ErroConta& e) {
+                    const std::string texto = Utf8(CString(e.texto));
                     if (json)
-                        saida << nlohmann::ordered_json{{"command", "email-account"},
-                                                        {"error", {{"text", QZParaUtf8(CString(e.texto))}}}}
-                                     .dump()
+                        saida << nlohmann::ordered_json{{"command", "email-account"}, {"error", {{"text", texto}}}}.dump()
                               << "\n";
                     else
-                        erros << "pxlreg: erro: " << QZParaUtf8(CString(e.texto)) << "\n";
+                        erros << "pxlreg: erro: " << texto << "\n";
                     return 2;
                 } catch (const std::exception& e) {
                     erros << "pxlreg: erro: falha inesperada: " << e.what() << "\n";

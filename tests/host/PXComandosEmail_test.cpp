@@ -53,7 +53,7 @@ TEST_F(PXComandosEmailTest, BadAccountSettingsAreRefusedAndNothingIsStored) {
     ASSERT_EQ(0, Roda({"init", Armazem()}).codigo);
     const struct {
         std::vector<std::string> extra;
-        const char8_t* trecho;  // a part of the reason, as printed (empty: the option parser's own)
+        const char8_t* trecho;  // the whole reason, as printed; empty: the option parser's own, not checked
     } ruins[] = {
         {{"--url", "http://x"}, u8"a URL deve começar por smtp:// ou smtps://: http://x"},
         {{"--from", "sem arroba"}, u8"endereço de remetente inválido: sem arroba"},
