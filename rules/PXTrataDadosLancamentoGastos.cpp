@@ -15,12 +15,11 @@ constexpr CQZPontoRastro kRastroLeLancamentoGastos{118};
 // The delete works on the whole stored entry, its items included.
 constexpr uint32_t kLerLancamentoCompleto = 0xFFFF;
 
-// A saved entry is read by its movement key, for the stale check; the checks
-// run on a working copy.
+// A saved entry is read by its movement key, for the stale check. Its checks
+// only read the entry, so they need no working copy.
 const CPXGravacao<CQZDadosPX_LancamentoGastos> kGravacao{
     .le = PXLeGravado<&CQZAcessoManutencao::LeLancamentoGastos>,
     .lCampoAtualizado = kCampoLancamento,
-    .bCopiaTrabalho = true,
 };
 }  // namespace
 

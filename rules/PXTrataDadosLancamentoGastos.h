@@ -1,8 +1,7 @@
-// Rules of expense entries: the save validation (on a working copy that
-// reaches the caller only when it passes; a saved entry stays in the month of
-// its key), the delete, which hands the complete stored entry back for the
-// caller to remove, and the check of an item, which puts the item into the
-// entry.
+// Rules of expense entries: the save validation (which only reads the entry;
+// a saved entry stays in the month of its key), the delete, which hands the
+// complete stored entry back for the caller to remove, and the check of an
+// item, which puts the item into the entry.
 #pragma once
 
 #include "rules/PXTrataDadosRegistro.h"

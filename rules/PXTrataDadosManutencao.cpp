@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <set>
 
 #include "files/PXFuncoesComuns.h"
@@ -130,14 +131,67 @@ int64_t PeriodosInteiros(const CQZMoeda& quantidade) {
 }
 
 // A saved order is read by its movement key, header only, for the stale
-// check; the checks run on a working copy.
+// check.
 const CPXGravacao<CQZDadosPX_Manutencao> kGravacao{
     .le = PXLeGravado<&CQZAcessoManutencao::LeManutencao>,
     .lCampoAtualizado = kCampoChave,
-    .bCopiaTrabalho = true,
 };
 
 }  // namespace
+
+// The header fields the steps complete, as they were when the save began,
+// and the custom data of each task line the steps added or removed. Keeping
+// these instead of a copy of the whole order spares copying its lists on
+// every save.
+class CPXTrataDadosManutencao::CDesfazer {
+public:
+    explicit CDesfazer(const CQZDadosPX_Manutencao& dados)
+        : m_ulContadorUnMedida(dados.GetContadorPonteiroUnMedida()),
+          m_usFilial(dados.GetPonteiroFilial()),
+          m_usContadorDigitos(dados.GetContadorNumeroDigitos()),
+          m_ucContadorProdutoServico(dados.GetContadorProdutoServico()),
+          m_tempoPrevisto(dados.GetTempoPrevisto()),
+          m_ucTempoPrevistoEmHoras(dados.GetTempoPrevistoEmHoras()),
+          m_ucSituacao(dados.GetSituacao()),
+          m_descricao(dados.GetDescricao()) {}
+
+    // Line i, which has no custom data, is about to get some.
+    void Inclusao(int64_t i) { m_linhas.emplace_back(i, std::nullopt); }
+    // Line i's custom data is about to go: it is kept here instead.
+    void Remocao(int64_t i, CQZDadosPX_ManutencaoTarefa& linha) {
+        m_linhas.emplace_back(i, std::move(*linha.GetApontamentoTarefa()));
+    }
+
+    void Devolve(CQZDadosPX_Manutencao& dados) {
+        dados.SetContadorPonteiroUnMedida(m_ulContadorUnMedida)
+            .SetPonteiroFilial(m_usFilial)
+            .SetContadorNumeroDigitos(m_usContadorDigitos)
+            .SetContadorProdutoServico(m_ucContadorProdutoServico)
+            .SetTempoPrevisto(m_tempoPrevisto)
+            .SetTempoPrevistoEmHoras(m_ucTempoPrevistoEmHoras)
+            .SetSituacao(m_ucSituacao)
+            .SetDescricao(m_descricao);
+        for (auto& [i, apontamento] : m_linhas) {
+            CQZDadosPX_ManutencaoTarefa& linha = dados.GetRefTarefa(i);
+            if (apontamento)
+                linha.IncluiApontamentoTarefa() = std::move(*apontamento);
+            else
+                linha.RemoveApontamentoTarefa();
+        }
+    }
+
+private:
+    uint32_t m_ulContadorUnMedida;
+    uint16_t m_usFilial;
+    uint16_t m_usContadorDigitos;
+    uint8_t m_ucContadorProdutoServico;
+    CQZMoeda m_tempoPrevisto;
+    uint8_t m_ucTempoPrevistoEmHoras;
+    uint8_t m_ucSituacao;
+    CString m_descricao;
+    // Each line is noted once, with the custom data it had (none: nullopt).
+    std::vector<std::pair<int64_t, std::optional<CQZDadosBDD_Registro>>> m_linhas;
+};
 
 CPXTrataDadosManutencao::CPXTrataDadosManutencao(bool bInterfaceUsuario)
     : TPXTrataDadosRegistro(kGravacao, bInterfaceUsuario) {}
@@ -150,15 +204,27 @@ bool CPXTrataDadosManutencao::ServicosAusentes() {
 
 // ---- the save validation -----------------------------------------------------
 
+CQZDadosGT_Erro& CPXTrataDadosManutencao::Consistir(CQZDadosPX_Manutencao& dados, const CQZDadosPX_Manutencao*,
+                                                    IQZTrataInconsistencia*) {
+    CDesfazer desfazer(dados);
+    Protegido([&]() -> CQZDadosGT_Erro& {
+        LimpaErro();
+        if (ServicosAusentes()) return *this;
+        return PassosManutencao(dados, &desfazer);
+    });
+    if (GetTipoErro() != 0) desfazer.Devolve(dados);
+    return *this;
+}
+
 CQZDadosGT_Erro& CPXTrataDadosManutencao::ConsistirManutencao(CQZDadosPX_Manutencao* pDados) {
     return Protegido([&]() -> CQZDadosGT_Erro& {
         LimpaErro();
         if (ServicosAusentes()) return *this;
-        return PassosManutencao(*pDados);
+        return PassosManutencao(*pDados, nullptr);
     });
 }
 
-CQZDadosGT_Erro& CPXTrataDadosManutencao::PassosManutencao(CQZDadosPX_Manutencao& dados) {
+CQZDadosGT_Erro& CPXTrataDadosManutencao::PassosManutencao(CQZDadosPX_Manutencao& dados, CDesfazer* pDesfazer) {
     const bool bNova = !dados.GetDmc().EhValido();
     CQZAcessoManutencaoBuffer& manutencao = *GetAcessoManutencao();
     CQZAcessoGestavoBuffer& gestavo = *GetAcessoGestavo();
@@ -229,7 +295,7 @@ CQZDadosGT_Erro& CPXTrataDadosManutencao::PassosManutencao(CQZDadosPX_Manutencao
     }
 
     if (VerificaDatasHoras(dados, mestre, bNova).GetTipoErro() != 0) return *this;
-    if (ConsistirInfoPersonalizadaTarefa(&dados).GetTipoErro() != 0) return *this;
+    if (PassosInfoPersonalizadaTarefa(dados, pDesfazer).GetTipoErro() != 0) return *this;
     if (ConsistirExistenciaKits(dados).GetTipoErro() != 0) return *this;
     return VerificaApontamentos(dados, mestre);
 }
@@ -398,50 +464,56 @@ CQZDadosGT_Erro& CPXTrataDadosManutencao::ConsistirInfoPersonalizadaTarefa(CQZDa
     return Protegido([&]() -> CQZDadosGT_Erro& {
         LimpaErro();
         if (ServicosAusentes()) return *this;
-        CQZDadosPX_Manutencao& dados = *pDados;
-        if (dados.GetSituacao() != SITUACAO_CONCLUIDA) return *this;
-
-        // One task record for the whole loop: each read reuses its storage.
-        CQZDadosPX_Tarefa tarefa;
-        for (int64_t i = 0; i < dados.GetQuantidadeTarefa(); ++i) {
-            CQZDadosPX_ManutencaoTarefa& linha = dados.GetRefTarefa(i);
-            long hr;
-            if (QZ_CHAMA_RASTREADO(hr, kRastroLeBufferTarefa,
-                                   GetAcessoManutencao()->LeBufferTarefa(linha.GetPonteiroTarefa(), &tarefa, 0)))
-                return PassaErroServico(GetAcessoManutencao()->GetErro());
-            if (!tarefa.GetEfetuarApontTarefa() || tarefa.GetPonteiroInfPersonalizada() == 0) {
-                linha.RemoveApontamentoTarefa();
-                continue;
-            }
-            if (!linha.PossuiApontamentoTarefa()) {
-                CQZDadosBDD_Registro configuracao;
-                if (QZ_CHAMA_RASTREADO(hr, kRastroLeBDDConfiguracao,
-                                       GetAcessoGestavo()->LeBDDConfiguracao(
-                                           REG_BDD_KEY_GERADOR(BDD_ATV_PX_APONTAMENTO_TAREFA,
-                                                               tarefa.GetPonteiroInfPersonalizada()),
-                                           &configuracao)))
-                    return PassaErroServico(GetAcessoGestavo()->GetErro());
-                linha.IncluiApontamentoTarefa()
-                    .SetListaCampos(configuracao.GetListaCampos())
-                    .SetTipoAtividade(BDD_ATV_PX_APONTAMENTO_TAREFA);
-            }
-
-            const CQZDadosBDD_Registro& apontamento = *linha.GetApontamentoTarefa();
-            for (int64_t j = 0; j < apontamento.GetQuantidadeCampos(); ++j) {
-                const CQZDadosBDD_Campo& campo = apontamento.GetConstRefCampos(j);
-                if (!campo.GetDescricao().TemValorInformado())
-                    return SetAvisoPersonalizado(QZ_MODULO_PX, kCampoInfPersonalizada,
-                                                 "%dº campo das Configurações da Tarefa %s não possui descrição "
-                                                 "informada.",
-                                                 static_cast<int>(j + 1), tarefa.GetCodigoNome());
-                if (campo.GetCampoObrigatorio() && !campo.GetDesabilitarCampo() && !campo.TemValorInformado())
-                    return SetAvisoPersonalizado(QZ_MODULO_PX, kCampoInfPersonalizada,
-                                                 "Campo \"%s\" das Configurações da Tarefa %s deve ser informado.",
-                                                 campo.GetDescricao().GetValorAsString(), tarefa.GetCodigoNome());
-            }
-        }
-        return *this;
+        return PassosInfoPersonalizadaTarefa(*pDados, nullptr);
     });
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::PassosInfoPersonalizadaTarefa(CQZDadosPX_Manutencao& dados,
+                                                                        CDesfazer* pDesfazer) {
+    if (dados.GetSituacao() != SITUACAO_CONCLUIDA) return *this;
+
+    // One task record for the whole loop: each read reuses its storage.
+    CQZDadosPX_Tarefa tarefa;
+    for (int64_t i = 0; i < dados.GetQuantidadeTarefa(); ++i) {
+        CQZDadosPX_ManutencaoTarefa& linha = dados.GetRefTarefa(i);
+        long hr;
+        if (QZ_CHAMA_RASTREADO(hr, kRastroLeBufferTarefa,
+                               GetAcessoManutencao()->LeBufferTarefa(linha.GetPonteiroTarefa(), &tarefa, 0)))
+            return PassaErroServico(GetAcessoManutencao()->GetErro());
+        if (!tarefa.GetEfetuarApontTarefa() || tarefa.GetPonteiroInfPersonalizada() == 0) {
+            if (pDesfazer && linha.PossuiApontamentoTarefa()) pDesfazer->Remocao(i, linha);
+            linha.RemoveApontamentoTarefa();
+            continue;
+        }
+        if (!linha.PossuiApontamentoTarefa()) {
+            CQZDadosBDD_Registro configuracao;
+            if (QZ_CHAMA_RASTREADO(hr, kRastroLeBDDConfiguracao,
+                                   GetAcessoGestavo()->LeBDDConfiguracao(
+                                       REG_BDD_KEY_GERADOR(BDD_ATV_PX_APONTAMENTO_TAREFA,
+                                                           tarefa.GetPonteiroInfPersonalizada()),
+                                       &configuracao)))
+                return PassaErroServico(GetAcessoGestavo()->GetErro());
+            if (pDesfazer) pDesfazer->Inclusao(i);
+            linha.IncluiApontamentoTarefa()
+                .SetListaCampos(configuracao.GetListaCampos())
+                .SetTipoAtividade(BDD_ATV_PX_APONTAMENTO_TAREFA);
+        }
+
+        const CQZDadosBDD_Registro& apontamento = *linha.GetApontamentoTarefa();
+        for (int64_t j = 0; j < apontamento.GetQuantidadeCampos(); ++j) {
+            const CQZDadosBDD_Campo& campo = apontamento.GetConstRefCampos(j);
+            if (!campo.GetDescricao().TemValorInformado())
+                return SetAvisoPersonalizado(QZ_MODULO_PX, kCampoInfPersonalizada,
+                                             "%dº campo das Configurações da Tarefa %s não possui descrição "
+                                             "informada.",
+                                             static_cast<int>(j + 1), tarefa.GetCodigoNome());
+            if (campo.GetCampoObrigatorio() && !campo.GetDesabilitarCampo() && !campo.TemValorInformado())
+                return SetAvisoPersonalizado(QZ_MODULO_PX, kCampoInfPersonalizada,
+                                             "Campo \"%s\" das Configurações da Tarefa %s deve ser informado.",
+                                             campo.GetDescricao().GetValorAsString(), tarefa.GetCodigoNome());
+        }
+    }
+    return *this;
 }
 
 // ---- component lines -----------------------------------------------------------

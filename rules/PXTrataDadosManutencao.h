@@ -1,5 +1,5 @@
-// Rules of maintenance orders: the save validation (on a working copy that
-// reaches the caller only when every check passes), the checks of task,
+// Rules of maintenance orders: the save validation (whose completions reach
+// the caller only when every check passes), the checks of task,
 // component and time-entry lines while the order is edited, the suggestion
 // of tasks from the order's plan and of components from its tasks, warranty
 // dates, and the cancellation (the order's delete rules).
@@ -29,7 +29,7 @@ public:
     // completes the order it is given (branch and counter data of a new
     // order, the plan's description and planned time, the base situation,
     // custom task data of a finished order), also when a later check fails:
-    // the save runs it on a working copy.
+    // the save puts back what it completed when a check refuses the order.
     CQZDadosGT_Erro& ConsistirManutencao(CQZDadosPX_Manutencao* pDados);
 
     // The single checks of ConsistirManutencao. Each clears this object's
@@ -116,10 +116,10 @@ public:
                                                       CQZDadosPX_ManutencaoApontamento* pApontamento);
 
 protected:
+    // ConsistirManutencao, undone when it refuses the order: the caller's
+    // order changes only when every check passes.
     CQZDadosGT_Erro& Consistir(CQZDadosPX_Manutencao& dados, const CQZDadosPX_Manutencao*,
-                               IQZTrataInconsistencia*) override {
-        return ConsistirManutencao(&dados);
-    }
+                               IQZTrataInconsistencia*) override;
     // A delete is a cancellation: `dados` names the order (its key) and the
     // cancellation situation chosen (its situation pointer). Only an open
     // order nobody worked on may go; then `dados` becomes the stored order in
@@ -127,8 +127,14 @@ protected:
     CQZDadosGT_Erro& ConsistirExclusao(CQZDadosPX_Manutencao& dados, IQZTrataInconsistencia*) override;
 
 private:
-    // The steps of ConsistirManutencao.
-    CQZDadosGT_Erro& PassosManutencao(CQZDadosPX_Manutencao& dados);
+    // What the steps change in the order, kept by the save to put it back.
+    class CDesfazer;
+
+    // The steps of ConsistirManutencao; each change they make to the order is
+    // first noted in pDesfazer when one is given. Only these two change the
+    // order: the other steps take it const.
+    CQZDadosGT_Erro& PassosManutencao(CQZDadosPX_Manutencao& dados, CDesfazer* pDesfazer);
+    CQZDadosGT_Erro& PassosInfoPersonalizadaTarefa(CQZDadosPX_Manutencao& dados, CDesfazer* pDesfazer);
     CQZDadosGT_Erro& ConsistirTecnico(const CQZDadosPX_Manutencao& dados, const CQZDadosPX_Mestre& mestre,
                                       const CQZDadosGT_Recurso& recurso, bool bNova);
     CQZDadosGT_Erro& TrataAdicionarAlterarComponente(const CPXRegrasComponente& regras,

@@ -3,15 +3,17 @@
 // A handler of record R derives from TPXTrataDadosRegistro<R>, gives it a
 // descriptor (CPXGravacao<R>: how the stored copy is read, the field codes
 // of the stale check and of a failed read, the order of the steps, the tree
-// rule of tree registers, whether the checks run on a working copy) and
-// writes its field checks (Consistir). The save step is then:
+// rule of tree registers) and writes its field checks (Consistir). The save
+// step is then:
 //
 //   record of another type         -> message 162, nothing read
 //   [CAMPOS_ANTES: Consistir]
 //   saved record: read the stored copy, stale check (message 3),
 //                 tree check of tree registers (messages 98 and 99)
-//   [ATUALIZADO_ANTES: Consistir, on a working copy copied back only when
-//                 it passes, where the descriptor asks for one]
+//   [ATUALIZADO_ANTES: Consistir]
+//
+// A Consistir that completes the record and may still refuse it puts back
+// what it completed: the caller's record changes only when the save passes.
 //
 // A record is saved when it has a position, a valid movement key, or is the
 // one record of a one-record table.
@@ -44,9 +46,6 @@ struct CPXGravacao {
     std::optional<CPXRegraArvore> arvore;
     long (*subarvore)(CQZAcessoManutencaoBuffer& servico, const R& gravado, CQZListaClassificacao* pLista) = nullptr;
     uint32_t (*pai)(const R& dados) = nullptr;
-    // The field checks complete the record: they run on a working copy that
-    // replaces the caller's record only when they pass.
-    bool bCopiaTrabalho = false;
 };
 
 // The read of the stored copy through one operation of the module's
@@ -99,12 +98,12 @@ protected:
         const CPXGravacao<R>& g = *m_pGravacao;
         const bool camposAntes = g.ordem == EPXOrdemGravacao::CAMPOS_ANTES;
 
-        if (camposAntes && ConsistirNaOrdem(dados, nullptr, pInconsistencia).GetTipoErro() != 0) return *this;
+        if (camposAntes && Consistir(dados, nullptr, pInconsistencia).GetTipoErro() != 0) return *this;
         R gravado;
         const bool temGravado = QZEstaGravado(dados);
         if (temGravado && VerificaGravado(dados, gravado).GetTipoErro() != 0) return *this;
         if (camposAntes) return *this;
-        return ConsistirNaOrdem(dados, temGravado ? &gravado : nullptr, pInconsistencia);
+        return Consistir(dados, temGravado ? &gravado : nullptr, pInconsistencia);
     }
 
     CQZDadosGT_Erro& OnTrataExclusao(TQZBaseParaDados* pDados, IQZTrataInconsistencia* pInconsistencia) final {
@@ -138,13 +137,6 @@ private:
         } else {
             return *this;
         }
-    }
-
-    CQZDadosGT_Erro& ConsistirNaOrdem(R& dados, const R* pGravado, IQZTrataInconsistencia* pInconsistencia) {
-        if (!m_pGravacao->bCopiaTrabalho) return Consistir(dados, pGravado, pInconsistencia);
-        R copia(dados);
-        if (Consistir(copia, pGravado, pInconsistencia).GetTipoErro() == 0) dados = std::move(copia);
-        return *this;
     }
 
     const CPXGravacao<R>* m_pGravacao;

@@ -76,6 +76,16 @@ TEST_F(PXTrataDadosManutencaoTest, EachStepFailsBeforeEveryLaterOne) {
         {16, "configuration unreadable", [&](auto& m) { Concluida(m, TAREFA_INF); }, "LeBDDConfiguracao", 0, 0,
          QZ_E_BANCO},
         {17, "a kit among the materials", [](auto& m) { m.SetMaterial(0, Linha(KIT, 1)); }, nullptr, 112, 114, 0},
+        // Step 16 has added custom data to one finished task and taken it from
+        // another by then: both are put back.
+        {17, "a kit after the tasks' custom data changed",
+         [&](auto& m) {
+             Concluida(m, TAREFA_INF_OPCIONAL);
+             CQZDadosPX_ManutencaoTarefa sem = LinhaTarefa(TAREFA_SIMPLES);
+             sem.IncluiApontamentoTarefa().SetTipoAtividade(BDD_ATV_PX_APONTAMENTO_TAREFA);
+             m.AdicionaTarefa(sem).SetMaterial(0, Linha(KIT, 1));
+         },
+         nullptr, 112, 114, 0},
         {18, "time entries on an open order",
          [](auto& m) { m.AdicionaApontamento(Apontamento(Em(3, 3, 8), Em(3, 3, 9), TECNICO)); }, nullptr, 155, 125, 0},
     };

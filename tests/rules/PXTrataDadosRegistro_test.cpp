@@ -1,6 +1,6 @@
 // The save step every handler shares: a record of another type is refused,
-// a working copy reaches the caller only when it passes, and no exception
-// leaves the library.
+// the stale check stops before the field checks, and no exception leaves the
+// library.
 #include "rules/PXTrataDadosRegistro.h"
 
 #include <stdexcept>
@@ -21,17 +21,15 @@
 namespace {
 
 // A handler of priorities whose field checks complete the record (the
-// description) and fail on demand, on a working copy.
-const CPXGravacao<CQZDadosPX_Prioridade> kGravacaoCopia{
+// description) and throw on demand.
+const CPXGravacao<CQZDadosPX_Prioridade> kGravacaoTeste{
     .le = PXLeGravado<&CQZAcessoManutencao::LePrioridade>,
     .lCampoAtualizado = 1,
-    .bCopiaTrabalho = true,
 };
 
-class TrataComCopia : public TPXTrataDadosRegistro<CQZDadosPX_Prioridade> {
+class TrataTeste : public TPXTrataDadosRegistro<CQZDadosPX_Prioridade> {
 public:
-    TrataComCopia() : TPXTrataDadosRegistro(kGravacaoCopia, false) {}
-    bool falhar = false;
+    TrataTeste() : TPXTrataDadosRegistro(kGravacaoTeste, false) {}
     bool lancar = false;
 
 protected:
@@ -42,7 +40,6 @@ protected:
             CQZDadosPX_Tecnico t;
             t.GetConstRefDisciplina(3);  // an index outside the list
         }
-        if (falhar) return SetAviso(PX_MSG(49), 2);
         return *this;
     }
 };
@@ -82,28 +79,14 @@ TEST_F(PXTrataDadosRegistroTest, ARecordOfAnotherTypeIsRefusedWith162AndLeftAlon
     EXPECT_THAT(prioridade.GetErro(), TemMensagem(QZ_MODULO_PX, 162, 0));
 }
 
-TEST_F(PXTrataDadosRegistroTest, AWorkingCopyReachesTheCallerOnlyWhenItPasses) {
-    TrataComCopia h;
-    Inicializa(h);
-    CQZDadosPX_Prioridade p;
-    p.SetCodigo("P").SetDescricao("Digitada");
-    h.falhar = true;
-    EXPECT_EQ(0, h.TrataGravacao(&p, nullptr));
-    EXPECT_EQ(p.GetDescricao(), "Digitada");
-    h.falhar = false;
-    EXPECT_EQ(1, h.TrataGravacao(&p, nullptr));
-    EXPECT_EQ(p.GetDescricao(), "Completada");
-}
-
 TEST_F(PXTrataDadosRegistroTest, AnExceptionInsideTheRulesBecomesTheVerdict) {
-    TrataComCopia h;
+    TrataTeste h;
     Inicializa(h);
     CQZDadosPX_Prioridade p;
     p.SetDescricao("Digitada");
     h.lancar = true;
     EXPECT_EQ(0, h.TrataGravacao(&p, nullptr));
     EXPECT_EQ(h.GetUltimoHR(), QZ_E_ARGUMENTO_INVALIDO);
-    EXPECT_EQ(p.GetDescricao(), "Digitada");
     h.lancar = false;
     EXPECT_EQ(1, h.TrataGravacao(&p, nullptr)) << "the next call starts clean";
 }
@@ -112,7 +95,7 @@ TEST_F(PXTrataDadosRegistroTest, TheStaleCheckUsesTheDescriptorsFieldAndStopsBef
     CQZDadosPX_Prioridade gravada;
     gravada.SetCodigo("P").SetDescricao("Gravada");
     gravada = Grava(gravada);
-    TrataComCopia h;
+    TrataTeste h;
     Inicializa(h);
     auto velha = gravada;
     velha.SetDmaHmsAtualizacao(REG_QZDMAHMSUTC(1, 1, 2020, 0, 0, 0));
