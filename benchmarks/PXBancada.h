@@ -3,13 +3,15 @@
 // size), and the measure of what a validation costs beyond its reads: the
 // statements a validation runs are recorded once and replayed directly with
 // the sqlite3 C API (the same statements, prepared once and reused, in a
-// transaction of their own), side by side with the validation itself.
+// transaction of their own), in turns with the validation itself.
 #pragma once
 
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -18,6 +20,7 @@
 #include <stdexcept>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "store/QZFabricaArmazemSQL.h"
@@ -188,11 +191,56 @@ private:
     std::vector<Preparado> m_comandos;
 };
 
-// One validation workload, measured twice side by side in the same run:
-// the handler's save check ("valida") and its reads replayed ("leituras").
-// The verdict is checked once first: a wrong answer is an error, not a number.
+// What a workload measures: the handler's save check, its reads replayed,
+// or both in turns with the ratio of the two.
+enum class Medida { VALIDA, LEITURAS, PAR };
+
+// The validation and its replayed reads in turns, in rounds of about 200 us
+// a side, each round starting with the side the last one ended with: a
+// slower stretch of a shared machine then weighs on both alike. Each
+// iteration is one round. The counters give each side's time per run and
+// the median of the rounds' ratios.
+template <class V, class L>
+void MedePar(benchmark::State& state, V&& valida, L&& le) {
+    using Relogio = std::chrono::steady_clock;
+    const auto mede = [](auto& f, int64_t vezes) {
+        const auto inicio = Relogio::now();
+        for (int64_t i = 0; i < vezes; ++i) f();
+        return std::chrono::duration<double, std::micro>(Relogio::now() - inicio).count();
+    };
+    mede(le, 20);
+    const double estimativa = mede(valida, 20) / 20;
+    const int64_t lote = std::max<int64_t>(1, static_cast<int64_t>(200.0 / std::max(estimativa, 0.01)));
+    std::vector<double> razoes;
+    double totalValida = 0, totalLeituras = 0;
+    bool validaPrimeiro = true;
+    for (auto _ : state) {
+        double v, l;
+        if (validaPrimeiro) {
+            v = mede(valida, lote);
+            l = mede(le, lote);
+        } else {
+            l = mede(le, lote);
+            v = mede(valida, lote);
+        }
+        validaPrimeiro = !validaPrimeiro;
+        totalValida += v;
+        totalLeituras += l;
+        razoes.push_back(v / l);
+    }
+    if (razoes.empty()) return;
+    std::nth_element(razoes.begin(), razoes.begin() + static_cast<std::ptrdiff_t>(razoes.size() / 2), razoes.end());
+    const double execucoes = static_cast<double>(state.iterations() * lote);
+    state.counters["valida_us"] = totalValida / execucoes;
+    state.counters["leituras_us"] = totalLeituras / execucoes;
+    state.counters["razao"] = razoes[razoes.size() / 2];
+    state.counters["lote"] = static_cast<double>(lote);
+}
+
+// One validation workload. The verdict is checked once first: a wrong answer
+// is an error, not a number.
 template <class H, class R>
-void Valida(benchmark::State& state, Planta& planta, const R& registro, long esperado, bool soLeituras) {
+void Valida(benchmark::State& state, Planta& planta, const R& registro, long esperado, Medida medida) {
     H handler;
     planta.Inicializa(handler);
     R copia = registro;
@@ -212,21 +260,26 @@ void Valida(benchmark::State& state, Planta& planta, const R& registro, long esp
         return;
     }
     state.counters["leituras"] = static_cast<double>(gravador.comandos.size());
+    // A check that completed the record gets the record as it was each time;
+    // otherwise the record is checked again as it stands.
     const bool refaz = !(copia == registro);
-    if (soLeituras) {
-        Replay replay(planta.CaminhoSQLite(), gravador.comandos);
-        for (auto _ : state) benchmark::DoNotOptimize(replay.Roda());
-    } else if (!refaz) {
-        // The check left the record as it was: it can be checked again as it
-        // stands, and the loop times the validation alone.
-        for (auto _ : state) benchmark::DoNotOptimize(handler.TrataGravacao(&copia, nullptr));
-    } else {
-        for (auto _ : state) {
-            copia = registro;
-            benchmark::DoNotOptimize(handler.TrataGravacao(&copia, nullptr));
-        }
-    }
     state.counters["copia"] = refaz;
+    const auto valida = [&] {
+        if (refaz) copia = registro;
+        benchmark::DoNotOptimize(handler.TrataGravacao(&copia, nullptr));
+    };
+    if (medida == Medida::VALIDA) {
+        for (auto _ : state) valida();
+        state.SetItemsProcessed(state.iterations());
+        return;
+    }
+    Replay replay(planta.CaminhoSQLite(), gravador.comandos);
+    const auto le = [&] { benchmark::DoNotOptimize(replay.Roda()); };
+    if (medida == Medida::PAR) {
+        MedePar(state, valida, le);
+        return;
+    }
+    for (auto _ : state) le();
     state.SetItemsProcessed(state.iterations());
 }
 
@@ -234,26 +287,33 @@ void Valida(benchmark::State& state, Planta& planta, const R& registro, long esp
 
 namespace pxbench {
 
-// Registers a workload twice for each store (memory, file) and size, the
-// validation and its replayed reads one after the other, so that each pair
-// is measured side by side. Names: "<nome>/valida/arquivo:A/n:N" and
-// "<nome>/leituras/arquivo:A/n:N".
-using Carga = void (*)(benchmark::State&, bool soLeituras);
+// Registers a workload for each store and size: in memory and on file, the
+// validation and its replayed reads in turns ("<nome>/par/arquivo:A/n:N");
+// on the server of PXLREG_BENCH_PG (arquivo:2), the validation alone, since
+// the replay is SQLite's. PXLREG_BENCH_SEPARADOS=1 also registers each side
+// alone ("valida", "leituras"), for profilers that follow one function.
+using Carga = void (*)(benchmark::State&, Medida medida);
 inline bool Registra(const char* nome, Carga fn, std::vector<int64_t> tamanhos) {
-    // The server's plants when PXLREG_BENCH_PG names one (arquivo:2), its
-    // validations only: the replay is SQLite's.
     std::vector<int64_t> armazens{0, 1};
     if (std::getenv("PXLREG_BENCH_PG")) armazens.push_back(2);
+    const bool separados = std::getenv("PXLREG_BENCH_SEPARADOS") != nullptr;
     for (int64_t arquivo : armazens)
-        for (int64_t n : tamanhos)
-            for (bool leituras : {false, true}) {
-                if (arquivo == 2 && leituras) continue;
-                const std::string completo = std::string(nome) + (leituras ? "/leituras" : "/valida");
-                benchmark::RegisterBenchmark(completo.c_str(), [fn, leituras](benchmark::State& st) { fn(st, leituras); })
+        for (int64_t n : tamanhos) {
+            std::vector<std::pair<const char*, Medida>> medidas;
+            if (arquivo == 2) {
+                medidas = {{"valida", Medida::VALIDA}};
+            } else {
+                medidas = {{"par", Medida::PAR}};
+                if (separados) medidas.insert(medidas.end(), {{"valida", Medida::VALIDA}, {"leituras", Medida::LEITURAS}});
+            }
+            for (const auto& [sufixo, medida] : medidas) {
+                const std::string completo = std::string(nome) + "/" + sufixo;
+                benchmark::RegisterBenchmark(completo.c_str(), [fn, medida](benchmark::State& st) { fn(st, medida); })
                     ->ArgNames({"arquivo", "n"})
                     ->Args({arquivo, n})
                     ->Unit(benchmark::kMicrosecond);
             }
+        }
     return true;
 }
 

@@ -104,20 +104,20 @@ const CQZRelogioFixo kRelogio{REG_QZDMAHMSUTC(10, 3, 2026, 9, 30, 0)};
 // The movement in the middle of the plant's March file, saved again
 // unchanged: allowed.
 template <class H, class R>
-void ValidaGravado(benchmark::State& state, pxbench::Planta& planta, bool leituras) {
+void ValidaGravado(benchmark::State& state, pxbench::Planta& planta, pxbench::Medida medida) {
     R registro;
     const auto chave = static_cast<int64_t>(REG_QZDMC(REG_QZMA(3, 2026), static_cast<uint32_t>(state.range(1) / 2)).GetValor());
     if (planta.Armazem().LeRegistro(chave, registro) != 0) {
         state.SkipWithError("read failed");
         return;
     }
-    pxbench::Valida<H>(state, planta, registro, 1, leituras);
+    pxbench::Valida<H>(state, planta, registro, 1, medida);
 }
 
 // A finished order: its tasks, components and time entries are checked.
-void OrdemGravada(benchmark::State& state, bool leituras) {
+void OrdemGravada(benchmark::State& state, pxbench::Medida medida) {
     pxbench::Planta& planta = pxbench::Planta::De("ordens", state.range(0), state.range(1), CargaOrdens, &kRelogio);
-    ValidaGravado<CPXTrataDadosManutencao, CQZDadosPX_Manutencao>(state, planta, leituras);
+    ValidaGravado<CPXTrataDadosManutencao, CQZDadosPX_Manutencao>(state, planta, medida);
 }
 
 CQZDadosPX_LancamentoGastos Lancamento(uint32_t i) {
@@ -142,9 +142,9 @@ long CargaLancamentos(CQZArmazemSQL& a, int64_t n) {
 }
 
 // A saved expense entry: read by its key and its stamp compared.
-void LancamentoGravado(benchmark::State& state, bool leituras) {
+void LancamentoGravado(benchmark::State& state, pxbench::Medida medida) {
     pxbench::Planta& planta = pxbench::Planta::De("lancamentos", state.range(0), state.range(1), CargaLancamentos);
-    ValidaGravado<CPXTrataDadosLancamentoGastos, CQZDadosPX_LancamentoGastos>(state, planta, leituras);
+    ValidaGravado<CPXTrataDadosLancamentoGastos, CQZDadosPX_LancamentoGastos>(state, planta, medida);
 }
 
 }  // namespace

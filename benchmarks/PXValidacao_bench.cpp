@@ -78,53 +78,53 @@ R Gravado(Planta& planta, int64_t chave, benchmark::State& state) {
 }
 
 // A new priority: the duplicate-code search over n codes.
-void PrioridadeNova(benchmark::State& state, bool leituras) {
+void PrioridadeNova(benchmark::State& state, pxbench::Medida medida) {
     CQZDadosPX_Prioridade nova;
     nova.SetCodigo(" NOVA ").SetDescricao("Nova").SetPrioridadeBase(10);
-    pxbench::Valida<CPXTrataDadosPrioridade>(state, Prioridades(state), nova, 1, leituras);
+    pxbench::Valida<CPXTrataDadosPrioridade>(state, Prioridades(state), nova, 1, medida);
 }
 
 // A new priority whose code is taken: refused with message 10.
-void PrioridadeRepetida(benchmark::State& state, bool leituras) {
+void PrioridadeRepetida(benchmark::State& state, pxbench::Medida medida) {
     CQZDadosPX_Prioridade repetida;
     repetida.SetCodigo(Codigo('P', state.range(1) / 2)).SetDescricao("Repetida");
-    pxbench::Valida<CPXTrataDadosPrioridade>(state, Prioridades(state), repetida, 10, leituras);
+    pxbench::Valida<CPXTrataDadosPrioridade>(state, Prioridades(state), repetida, 10, medida);
 }
 
 // A saved priority: the stored copy is read by position and its stamp compared.
-void PrioridadeGravada(benchmark::State& state, bool leituras) {
+void PrioridadeGravada(benchmark::State& state, pxbench::Medida medida) {
     Planta& planta = Prioridades(state);
     auto gravada = Gravado<CQZDadosPX_Prioridade>(planta, state.range(1) / 2, state);
-    pxbench::Valida<CPXTrataDadosPrioridade>(state, planta, gravada, 1, leituras);
+    pxbench::Valida<CPXTrataDadosPrioridade>(state, planta, gravada, 1, medida);
 }
 
 // A new leaf technician tied to a user: the code search over all branches,
 // then the search for another active leaf of that user in the branch.
-void TecnicoNovo(benchmark::State& state, bool leituras) {
+void TecnicoNovo(benchmark::State& state, pxbench::Medida medida) {
     CQZDadosPX_Tecnico novo = Tecnico(state.range(1) + 1);
     novo.SetCodigo("NOVO").SetPonteiroUsuario(65000);
-    pxbench::Valida<CPXTrataDadosTecnico>(state, Tecnicos(state), novo, 1, leituras);
+    pxbench::Valida<CPXTrataDadosTecnico>(state, Tecnicos(state), novo, 1, medida);
 }
 
 // A saved leaf technician: read, stamp compared, then the same searches.
-void TecnicoGravado(benchmark::State& state, bool leituras) {
+void TecnicoGravado(benchmark::State& state, pxbench::Medida medida) {
     Planta& planta = Tecnicos(state);
     auto gravado = Gravado<CQZDadosPX_Tecnico>(planta, state.range(1) / 2, state);
-    pxbench::Valida<CPXTrataDadosTecnico>(state, planta, gravado, 1, leituras);
+    pxbench::Valida<CPXTrataDadosTecnico>(state, planta, gravado, 1, medida);
 }
 
 // A new plan: the code search.
-void PlanoNovo(benchmark::State& state, bool leituras) {
+void PlanoNovo(benchmark::State& state, pxbench::Medida medida) {
     CQZDadosPX_Plano novo = Plano(state.range(1) + 1);
     novo.SetCodigo("NOVO");
-    pxbench::Valida<CPXTrataDadosPlano>(state, Planos(state), novo, 1, leituras);
+    pxbench::Valida<CPXTrataDadosPlano>(state, Planos(state), novo, 1, medida);
 }
 
 // A saved plan with its lists: read, stamp, code search.
-void PlanoGravado(benchmark::State& state, bool leituras) {
+void PlanoGravado(benchmark::State& state, pxbench::Medida medida) {
     Planta& planta = Planos(state);
     auto gravado = Gravado<CQZDadosPX_Plano>(planta, state.range(1) / 2, state);
-    pxbench::Valida<CPXTrataDadosPlano>(state, planta, gravado, 1, leituras);
+    pxbench::Valida<CPXTrataDadosPlano>(state, planta, gravado, 1, medida);
 }
 
 }  // namespace

@@ -65,20 +65,23 @@ runs = [r for r in runs if r.get("run_type") != "aggregate" or r.get("aggregate_
 for r in runs:
     r["name"] = r.get("run_name", r["name"])
 
-# Validation / raw reads: time per validation over time per replay of its reads.
+# Validation / raw reads: each workload ran both in turns and gave the median
+# of its rounds' ratios, and each side's time per run.
 casos = {}
-for nome, v in rate.items():
-    m = re.match(r"(.+)/(valida|leituras)/arquivo:(\d)/n:(\d+)", nome)
-    if m:
-        casos.setdefault((m[1], int(m[4])), {})[(m[2], m[3] == "1")] = v
+for r in runs:
+    m = re.match(r"(.+)/par/arquivo:(\d)/n:(\d+)", r["name"])
+    if m and "razao" in r:
+        casos.setdefault((m[1], int(m[3])), {})[m[2]] = r
 if casos:
     print()
-    print(f"{'validation':28} {'records':>8} {'memory: valid./raw':>19} {'file: valid./raw':>17}")
+    print(f"{'validation / raw reads':24} {'records':>8} {'memory':>7} {'us':>13} {'file':>7} {'us':>13}  (goal: at most 1.10)")
     for (nome, n), c in sorted(casos.items()):
-        def razao(arquivo):
-            v, l = c.get(("valida", arquivo)), c.get(("leituras", arquivo))
-            return f"{l / v:.2f}" if v and l else "-"
-        print(f"{nome:28} {n:>8} {razao(False):>19} {razao(True):>17}")
+        colunas = ""
+        for arquivo in "01":
+            r = c.get(arquivo)
+            colunas += (f" {r['razao']:>7.2f} {r['valida_us']:>6.2f}/{r['leituras_us']:<6.2f}" if r
+                        else f" {'-':>7} {'':>13}")
+        print(f"{nome:24} {n:>8}{colunas}")
 
 def importa(nome):
     return next((v for k, v in rate.items() if k.split("/")[:2] == ["importa", nome]), None)
@@ -120,9 +123,11 @@ for n in [int(x) for x in sys.argv[3].split()]:
 # and the saves per second of 8 concurrent clients.
 servidor = {}
 for r in runs:
-    m = re.match(r"(\w+)/valida/arquivo:(\d)/n:(\d+)", r["name"])
-    if m and m[2] in "12" and "items_per_second" in r:
-        servidor.setdefault((m[1], int(m[3])), {})[m[2]] = r["items_per_second"]
+    m = re.match(r"(\w+)/(valida|par)/arquivo:(\d)/n:(\d+)", r["name"])
+    if m and m[3] == "2" and "items_per_second" in r:
+        servidor.setdefault((m[1], int(m[4])), {})["2"] = r["items_per_second"]
+    elif m and m[3] == "1" and "valida_us" in r:
+        servidor.setdefault((m[1], int(m[4])), {})["1"] = 1e6 / r["valida_us"]
 if any("2" in v for v in servidor.values()):
     print()
     print(f"{'validation':24} {'records':>8} {'file/s':>12} {'server/s':>12}")
