@@ -119,7 +119,7 @@ public:
         std::vector<Valor> valores;
     };
     void AoExecutar(std::string_view sql, const std::vector<Valor>& valores) override {
-        if (sql.rfind("PRAGMA", 0) == 0 || sql.rfind("SELECT 1 FROM sqlite_master", 0) == 0) return;
+        if (sql.rfind("PRAGMA", 0) == 0) return;
         comandos.push_back({std::string(sql), valores});
     }
     std::vector<Comando> comandos;
