@@ -207,20 +207,19 @@ bool CPXTrataDadosManutencao::ServicosAusentes() {
 CQZDadosGT_Erro& CPXTrataDadosManutencao::Consistir(CQZDadosPX_Manutencao& dados, const CQZDadosPX_Manutencao*,
                                                     IQZTrataInconsistencia*) {
     CDesfazer desfazer(dados);
-    Protegido([&]() -> CQZDadosGT_Erro& {
-        LimpaErro();
-        if (ServicosAusentes()) return *this;
-        return PassosManutencao(dados, &desfazer);
-    });
-    if (GetTipoErro() != 0) desfazer.Devolve(dados);
+    if (ValidaManutencao(dados, &desfazer).GetTipoErro() != 0) desfazer.Devolve(dados);
     return *this;
 }
 
 CQZDadosGT_Erro& CPXTrataDadosManutencao::ConsistirManutencao(CQZDadosPX_Manutencao* pDados) {
+    return ValidaManutencao(*pDados, nullptr);
+}
+
+CQZDadosGT_Erro& CPXTrataDadosManutencao::ValidaManutencao(CQZDadosPX_Manutencao& dados, CDesfazer* pDesfazer) {
     return Protegido([&]() -> CQZDadosGT_Erro& {
         LimpaErro();
         if (ServicosAusentes()) return *this;
-        return PassosManutencao(*pDados, nullptr);
+        return PassosManutencao(dados, pDesfazer);
     });
 }
 

@@ -127,12 +127,16 @@ protected:
     CQZDadosGT_Erro& ConsistirExclusao(CQZDadosPX_Manutencao& dados, IQZTrataInconsistencia*) override;
 
 private:
-    // What the steps change in the order, kept by the save to put it back.
+    // What the steps change in the order, kept by the save to put it back:
+    // the header fields they complete, taken when it is made, and the task
+    // lines' custom data, noted before each change.
     class CDesfazer;
 
-    // The steps of ConsistirManutencao; each change they make to the order is
-    // first noted in pDesfazer when one is given. Only these two change the
-    // order: the other steps take it const.
+    // ConsistirManutencao, noting the task lines' changes in pDesfazer when
+    // one is given.
+    CQZDadosGT_Erro& ValidaManutencao(CQZDadosPX_Manutencao& dados, CDesfazer* pDesfazer);
+    // The steps. Only these two change the order: the other steps take it
+    // const.
     CQZDadosGT_Erro& PassosManutencao(CQZDadosPX_Manutencao& dados, CDesfazer* pDesfazer);
     CQZDadosGT_Erro& PassosInfoPersonalizadaTarefa(CQZDadosPX_Manutencao& dados, CDesfazer* pDesfazer);
     CQZDadosGT_Erro& ConsistirTecnico(const CQZDadosPX_Manutencao& dados, const CQZDadosPX_Mestre& mestre,
